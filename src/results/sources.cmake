@@ -1,0 +1,4 @@
+target_sources(varsentix PRIVATE
+  results/clsResultSet.cpp
+  results/modConstants.cpp
+)
