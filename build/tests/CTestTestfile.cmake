@@ -4,4 +4,4 @@
 # 
 # This file includes the relevant testing commands required for 
 # testing this directory and lists subdirectories to be tested as well.
-include("/work/main/build/tests/varsentix_tests[1]_include.cmake")
+include("/work/main/build/tests/varsentix_unit_tests[1]_include.cmake")

@@ -1,4 +1,4 @@
-target_sources(varsentix_tests PRIVATE
+varsentix_add_suite(varsentix_unit_tests
   unit/vb_conversions_test.cpp
   unit/vb_variant_test.cpp
   unit/vb_objects_test.cpp

@@ -1,5 +1,6 @@
 src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
  /usr/include/stdc-predef.h /work/main/include/varsentix/varsentix.h \
+ /work/main/include/varsentix/platform.h \
  /work/main/include/varsentix/platform/ui/Hooks.h \
  /usr/include/c++/12/functional \
  /usr/include/x86_64-linux-gnu/c++/12/bits/c++config.h \
@@ -222,7 +223,12 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
  /work/main/include/varsentix/platform/vb/ResumeNext.h \
  /usr/include/c++/12/optional \
  /work/main/include/varsentix/platform/vb/Variant.h \
- /usr/include/c++/12/variant \
+ /usr/include/c++/12/variant /work/main/include/varsentix/platform/ado.h \
+ /work/main/include/varsentix/platform/ado/Connection.h \
+ /work/main/include/varsentix/platform/ado/Enums.h \
+ /work/main/include/varsentix/platform/ado/Recordset.h \
+ /work/main/include/varsentix/results.h \
  /work/main/include/varsentix/results/clsResultSet.h \
  /work/main/include/varsentix/results/modConstants.h \
+ /work/main/include/varsentix/datasource.h \
  /work/main/include/varsentix/datasource/modUtility.h

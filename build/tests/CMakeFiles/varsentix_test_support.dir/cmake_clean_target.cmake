@@ -1,0 +1,3 @@
+file(REMOVE_RECURSE
+  "libvarsentix_test_support.a"
+)

@@ -1,5 +1,0 @@
-if(EXISTS "/work/main/build/tests/varsentix_tests[1]_tests.cmake")
-  include("/work/main/build/tests/varsentix_tests[1]_tests.cmake")
-else()
-  add_test(varsentix_tests_NOT_BUILT varsentix_tests_NOT_BUILT)
-endif()

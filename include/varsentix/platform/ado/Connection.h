@@ -1,0 +1,55 @@
+#pragma once
+// ADO Connection: one open session with a database through a provider chosen by the
+// connection string's Provider key (SQLite, MSDASQL, Microsoft.Jet.OLEDB.4.0).
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "varsentix/platform/ado/Enums.h"
+#include "varsentix/platform/vb/Ref.h"
+#include "varsentix/platform/vb/Variant.h"
+
+namespace varsentix::ado {
+
+class Recordset;
+namespace detail {
+class ProviderSession;
+}
+
+class Connection : public std::enable_shared_from_this<Connection> {
+ public:
+  Connection();
+  ~Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  // Opens the session. Raises 3705 when already open; a provider failure raises the provider's
+  // error (number, engine text, SQLSTATE and native code). An empty user or password leaves the
+  // connection string's own User ID / Password in force.
+  void Open(const std::string& connectionString, const std::string& userID = "",
+            const std::string& password = "", int32_t options = -1);
+  // Raises 3704 when the connection is closed.
+  void Close();
+  ObjectStateEnum State() const;
+  const std::string& ConnectionString() const { return connectionString_; }
+  // The provider's name as the connection string named it ("SQLite" when none was named).
+  std::string Provider() const;
+
+  // Runs one statement. Returns an open record set when the statement produces rows, a closed
+  // one otherwise. recordsAffected receives the number of rows a write touched (-1 otherwise).
+  vb::Ref<Recordset> Execute(const std::string& commandText, int32_t* recordsAffected = nullptr,
+                             int32_t options = adOptionUnspecified);
+  // Schema rowsets 20 (tables), 27 (foreign keys), 28 (primary keys). A restriction that is
+  // Empty (or the empty text) does not restrict.
+  vb::Ref<Recordset> OpenSchema(SchemaEnum schema, const std::vector<vb::Variant>& restrictions = {});
+
+  // REQUIRES State() == adStateOpen. The provider session, for the record-set layer itself.
+  detail::ProviderSession& session();
+
+ private:
+  std::string connectionString_;
+  std::unique_ptr<detail::ProviderSession> session_;
+};
+
+}  // namespace varsentix::ado

@@ -1,0 +1,127 @@
+#pragma once
+// ADO Recordset, Fields and Field. A record set streams its rows from the provider and holds
+// one row at a time (plus what the driver buffers); a record set read from a persisted file or
+// made by Clone holds its rows in memory.
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "varsentix/platform/ado/Enums.h"
+#include "varsentix/platform/vb/Ref.h"
+#include "varsentix/platform/vb/Variant.h"
+
+namespace varsentix::ado {
+
+class Connection;
+class Recordset;
+
+namespace detail {
+class RecordsetImpl;
+}
+
+// One column of the current record. A light view: it reads through its record set.
+class Field {
+ public:
+  Field(Recordset& owner, int32_t index) : owner_(&owner), index_(index) {}
+
+  std::string Name() const;
+  DataTypeEnum Type() const;
+  int32_t DefinedSize() const;
+  // Length of the current value: bytes for text and binary, the fixed size for other types,
+  // 0 for Null. Raises 3021 with no current record.
+  int32_t ActualSize() const;
+  uint8_t Precision() const;
+  uint8_t NumericScale() const;
+  // The value of the current record. Raises 3021 when BOF or EOF is true.
+  vb::Variant Value() const;
+  // Assigns the value in the edit buffer (after AddNew, or starting an edit of the current row).
+  void setValue(const vb::Variant& value);
+  // The value as read from the database, before any assignment.
+  vb::Variant OriginalValue() const;
+
+ private:
+  Recordset* owner_;
+  int32_t index_;
+};
+
+class Fields {
+ public:
+  explicit Fields(Recordset& owner) : owner_(&owner) {}
+  int32_t Count() const;
+  // 0-based. Raises 3265 for an index or a name the record set does not have.
+  Field Item(int32_t index) const;
+  Field Item(const std::string& name) const;
+  Field operator[](int32_t index) const { return Item(index); }
+  Field operator[](const std::string& name) const { return Item(name); }
+
+ private:
+  Recordset* owner_;
+};
+
+class Recordset : public std::enable_shared_from_this<Recordset> {
+ public:
+  Recordset();
+  ~Recordset();
+  Recordset(const Recordset&) = delete;
+  Recordset& operator=(const Recordset&) = delete;
+
+  // Cursor settings; they may be changed while the record set is closed (3705 when open).
+  CursorTypeEnum CursorType() const;
+  void setCursorType(CursorTypeEnum value);
+  LockTypeEnum LockType() const;
+  void setLockType(LockTypeEnum value);
+  CursorLocationEnum CursorLocation() const;
+  void setCursorLocation(CursorLocationEnum value);
+
+  // Opens SQL text (adCmdText), a table by name (adCmdTable; "[T]" or "T") or a persisted file
+  // (adCmdFile; the connection may be Nothing). Unspecified cursor and lock types keep the
+  // properties' values. Raises 3705 when already open, the provider's error on failure.
+  void Open(const std::string& source, const vb::Ref<Connection>& activeConnection,
+            CursorTypeEnum cursorType = adOpenUnspecified,
+            LockTypeEnum lockType = adLockUnspecified, int32_t options = adCmdUnspecified);
+  // Raises 3704 when closed. A pending AddNew or edit is cancelled.
+  void Close();
+  ObjectStateEnum State() const;
+  std::string Source() const;
+
+  bool BOF() const;
+  bool EOF() const;
+  // The number of records: computed on demand for client-side, static and keyset cursors;
+  // -1 for forward-only and server-side dynamic cursors, as ADO reports it.
+  int32_t RecordCount();
+
+  void MoveFirst();
+  void MoveNext();      // raises 3021 at EOF
+  void MovePrevious();  // raises 3021 at BOF
+  void MoveLast();
+
+  Fields& getFields();
+  // ADO's default-property style: rs.Fields(i), rs.Fields("name").
+  Field Fields(int32_t index) { return getFields().Item(index); }
+  Field Fields(const std::string& name) { return getFields().Item(name); }
+
+  // Starts a new row in the edit buffer; Update inserts it.
+  void AddNew();
+  // Writes the edit buffer: an INSERT after AddNew, an UPDATE of the current row after field
+  // assignments. Runs in a transaction; an UPDATE locates its row by primary key, else by all
+  // original values, and must touch exactly one row or it is rolled back and raises an error.
+  // A read-only lock or provider raises an error and changes nothing.
+  void Update();
+  void CancelUpdate();
+  EditModeEnum EditMode() const;
+
+  // An independent record set holding a copy of this one's rows, positioned on its first row.
+  vb::Ref<Recordset> Clone(LockTypeEnum lockType = adLockUnspecified);
+  // Writes every row in the ADO XML persistence format. Raises an error, and leaves the file
+  // untouched, when the file already exists.
+  void Save(const std::string& destination, PersistFormatEnum format = adPersistXML);
+
+  // For the record-set layer's own use.
+  detail::RecordsetImpl& impl();
+
+ private:
+  std::unique_ptr<detail::RecordsetImpl> impl_;
+  std::unique_ptr<class Fields> fields_;
+};
+
+}  // namespace varsentix::ado

@@ -1,0 +1,27 @@
+#pragma once
+// ADO / OLE DB connection-string syntax: "key=value;" pairs, keys case-insensitive, values in
+// single or double quotes when they hold ';' (a doubled quote inside stands for one), blanks
+// around keys and values ignored, a value in braces kept whole ("Driver={SQLite3 ODBC Driver}").
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace varsentix::ado::detail {
+
+class ConnectionString {
+ public:
+  static ConnectionString parse(const std::string& text);
+
+  // The value of key (case-insensitive), or nullopt when absent. A later duplicate wins.
+  std::optional<std::string> get(const std::string& key) const;
+  std::string getOr(const std::string& key, const std::string& fallback) const;
+  const std::vector<std::pair<std::string, std::string>>& pairs() const { return pairs_; }
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+  std::vector<std::pair<std::string, std::string>> pairs_;
+};
+
+}  // namespace varsentix::ado::detail

@@ -1,0 +1,83 @@
+#pragma once
+// The seam between the record-set layer and the engines. One provider per engine (sqlite, odbc,
+// jet) implements ProviderSession; Connection and Recordset above are unaware of which answers.
+// Engine headers (sqlite3.h, sql.h, mdbtools.h) stay inside the providers' .cpp files.
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/ado/ConnectionString.h"
+#include "varsentix/platform/ado/Enums.h"
+#include "varsentix/platform/vb/Variant.h"
+
+namespace varsentix::ado::detail {
+
+// What a provider knows of one result column.
+struct ColumnInfo {
+  std::string name;
+  DataTypeEnum type = adVarWChar;
+  int32_t definedSize = 0;    // ADO DefinedSize: characters for text, bytes for binary, the
+                              // fixed byte size for other types
+  uint8_t precision = 255;    // 255 where it does not apply
+  uint8_t numericScale = 255;
+  bool nullable = true;
+  std::string baseTable;      // table the column comes from, empty when unknown / computed
+  std::string baseColumn;     // column name in that table
+};
+
+// A forward-only stream of rows. Values arrive as Variants of the sub-type that suits the
+// column's ADO type (Null for SQL NULL).
+class RowCursor {
+ public:
+  virtual ~RowCursor() = default;
+  virtual const std::vector<ColumnInfo>& columns() const = 0;
+  // Reads the next row into row (resized to the column count). Returns false at the end.
+  virtual bool fetch(std::vector<vb::Variant>& row) = 0;
+};
+
+// One open session. All SQL handed to a session is in the system's dialect: [bracketed]
+// identifiers, '...' literals with doubled apostrophes, #...# dates for Access. The session
+// translates it to its engine and refuses text holding more than one statement.
+class ProviderSession {
+ public:
+  virtual ~ProviderSession() = default;
+
+  // "SQLite", "MSDASQL", "Microsoft.Jet.OLEDB.4.0".
+  virtual std::string providerName() const = 0;
+
+  // Runs a statement that returns rows.
+  virtual std::unique_ptr<RowCursor> query(const std::string& sql) = 0;
+  // Runs a statement; returns rows affected (matched, for UPDATE) or -1 when not applicable.
+  // A statement that returns rows may be given too: its rows are discarded.
+  virtual int64_t execute(const std::string& sql) = 0;
+  // Every row of a table (adCmdTable); table is the bare name.
+  virtual std::unique_ptr<RowCursor> openTable(const std::string& table) = 0;
+  // Number of rows the statement would return (RecordCount on demand).
+  virtual int64_t countRows(const std::string& sql) = 0;
+
+  // Schema rowsets 20, 27, 28 with the OLE DB column names; restrictions as ADO passes them.
+  virtual std::unique_ptr<RowCursor> openSchema(SchemaEnum schema,
+                                                const std::vector<vb::Variant>& restrictions) = 0;
+  // Columns of the table's primary key in key order; empty when it has none.
+  virtual std::vector<std::string> primaryKeyColumns(const std::string& table) = 0;
+
+  // Writes. A read-only provider raises its read-only error from each of these.
+  virtual void beginTransaction() = 0;
+  virtual void commit() = 0;
+  virtual void rollback() noexcept = 0;
+  // Runs a native statement with '?' markers bound to values (typed by the columns they are
+  // written to). Returns the rows affected; for UPDATE, the rows matched.
+  virtual int64_t executeBound(const std::string& nativeSql, const std::vector<vb::Variant>& values,
+                               const std::vector<ColumnInfo>& valueColumns) = 0;
+  // The engine's quoting of an identifier for native SQL ("x" or `x`), embedded quotes doubled.
+  virtual std::string quoteIdentifier(const std::string& name) const = 0;
+};
+
+// Opens a session for the parsed connection string, chosen by its Provider key.
+// Raises 3706 for an unknown provider, the provider's error when the open fails.
+std::unique_ptr<ProviderSession> openSession(const ConnectionString& connection,
+                                             const std::string& userID,
+                                             const std::string& password);
+
+}  // namespace varsentix::ado::detail

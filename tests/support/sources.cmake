@@ -1,0 +1,3 @@
+target_sources(varsentix_test_support PRIVATE
+  support/TempDir.cpp
+)
