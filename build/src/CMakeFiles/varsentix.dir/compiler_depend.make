@@ -1193,6 +1193,7 @@ src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o: /work/main/src/results/
 src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
   /usr/include/stdc-predef.h \
   /work/main/include/varsentix/varsentix.h \
+  /work/main/include/varsentix/platform.h \
   /work/main/include/varsentix/platform/ui/Hooks.h \
   /usr/include/c++/12/functional \
   /usr/include/x86_64-linux-gnu/c++/12/bits/c++config.h \
@@ -1464,10 +1465,22 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
   /usr/include/c++/12/optional \
   /work/main/include/varsentix/platform/vb/Variant.h \
   /usr/include/c++/12/variant \
+  /work/main/include/varsentix/platform/ado.h \
+  /work/main/include/varsentix/platform/ado/Connection.h \
+  /work/main/include/varsentix/platform/ado/Enums.h \
+  /work/main/include/varsentix/platform/ado/Recordset.h \
+  /work/main/include/varsentix/results.h \
   /work/main/include/varsentix/results/clsResultSet.h \
   /work/main/include/varsentix/results/modConstants.h \
+  /work/main/include/varsentix/datasource.h \
   /work/main/include/varsentix/datasource/modUtility.h
 
+
+/work/main/include/varsentix/datasource.h:
+
+/work/main/include/varsentix/results.h:
+
+/work/main/include/varsentix/platform/ado/Recordset.h:
 
 /usr/include/c++/12/optional:
 
@@ -1635,6 +1648,8 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
 
 /usr/include/x86_64-linux-gnu/bits/libc-header-start.h:
 
+/work/main/include/varsentix/platform/ado/Enums.h:
+
 /usr/include/x86_64-linux-gnu/c++/12/bits/c++locale.h:
 
 /usr/include/x86_64-linux-gnu/bits/types/FILE.h:
@@ -1652,6 +1667,10 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
 /usr/include/x86_64-linux-gnu/bits/floatn.h:
 
 /usr/include/x86_64-linux-gnu/bits/types/struct_itimerspec.h:
+
+/usr/include/c++/12/ostream:
+
+/work/main/include/varsentix/platform/vb/Variant.h:
 
 /usr/include/limits.h:
 
@@ -1747,6 +1766,8 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
 
 /usr/include/x86_64-linux-gnu/c++/12/bits/c++config.h:
 
+/work/main/include/varsentix/platform/ado/Connection.h:
+
 /usr/include/c++/12/bits/concept_check.h:
 
 /usr/include/x86_64-linux-gnu/bits/wordsize.h:
@@ -1814,6 +1835,8 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
 /usr/include/x86_64-linux-gnu/bits/sched.h:
 
 /usr/include/x86_64-linux-gnu/c++/12/bits/c++allocator.h:
+
+/work/main/include/varsentix/platform.h:
 
 /usr/include/c++/12/compare:
 
@@ -1926,6 +1949,8 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
 /usr/include/x86_64-linux-gnu/gnu/stubs.h:
 
 /usr/include/c++/12/vector:
+
+/work/main/include/varsentix/platform/ado.h:
 
 /usr/include/c++/12/bits/stl_vector.h:
 
@@ -2048,10 +2073,6 @@ src/CMakeFiles/varsentix.dir/version.cpp.o: /work/main/src/version.cpp \
 /usr/include/x86_64-linux-gnu/bits/iscanonical.h:
 
 /usr/include/c++/12/tr1/special_function_util.h:
-
-/work/main/include/varsentix/platform/vb/Variant.h:
-
-/usr/include/c++/12/ostream:
 
 /usr/include/c++/12/cwchar:
 

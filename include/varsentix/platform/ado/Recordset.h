@@ -32,7 +32,7 @@ class Field {
   int32_t ActualSize() const;
   uint8_t Precision() const;
   uint8_t NumericScale() const;
-  // The value of the current record. Raises 3021 when BOF or EOF is true.
+  // The value of the current record. Raises 3021 when isBOF() or isEOF() is true.
   vb::Variant Value() const;
   // Assigns the value in the edit buffer (after AddNew, or starting an edit of the current row).
   void setValue(const vb::Variant& value);
@@ -84,8 +84,9 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   ObjectStateEnum State() const;
   std::string Source() const;
 
-  bool BOF() const;
-  bool EOF() const;
+  // ADO's BOF and EOF (EOF is a C macro, hence the names).
+  bool isBOF() const;
+  bool isEOF() const;
   // The number of records: computed on demand for client-side, static and keyset cursors;
   // -1 for forward-only and server-side dynamic cursors, as ADO reports it.
   int32_t RecordCount();
@@ -96,9 +97,9 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   void MoveLast();
 
   Fields& getFields();
-  // ADO's default-property style: rs.Fields(i), rs.Fields("name").
-  Field Fields(int32_t index) { return getFields().Item(index); }
-  Field Fields(const std::string& name) { return getFields().Item(name); }
+  // rs.Fields(i) and rs.Fields("name"): field(i), field("name").
+  Field field(int32_t index);
+  Field field(const std::string& name);
 
   // Starts a new row in the edit buffer; Update inserts it.
   void AddNew();
@@ -121,7 +122,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
 
  private:
   std::unique_ptr<detail::RecordsetImpl> impl_;
-  std::unique_ptr<class Fields> fields_;
+  std::unique_ptr<Fields> fields_;
 };
 
 }  // namespace varsentix::ado

@@ -156,6 +156,7 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: \
  /usr/include/c++/12/bits/ostream.tcc /usr/include/c++/12/istream \
  /usr/include/c++/12/bits/istream.tcc \
  /work/main/include/varsentix/varsentix.h \
+ /work/main/include/varsentix/platform.h \
  /work/main/include/varsentix/platform/ui/Hooks.h \
  /usr/include/c++/12/functional /usr/include/c++/12/tuple \
  /usr/include/c++/12/bits/uses_allocator.h \
@@ -227,7 +228,12 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: \
  /work/main/include/varsentix/platform/vb/ResumeNext.h \
  /usr/include/c++/12/optional \
  /work/main/include/varsentix/platform/vb/Variant.h \
- /usr/include/c++/12/variant \
+ /usr/include/c++/12/variant /work/main/include/varsentix/platform/ado.h \
+ /work/main/include/varsentix/platform/ado/Connection.h \
+ /work/main/include/varsentix/platform/ado/Enums.h \
+ /work/main/include/varsentix/platform/ado/Recordset.h \
+ /work/main/include/varsentix/results.h \
  /work/main/include/varsentix/results/clsResultSet.h \
  /work/main/include/varsentix/results/modConstants.h \
+ /work/main/include/varsentix/datasource.h \
  /work/main/include/varsentix/datasource/modUtility.h
