@@ -54,6 +54,7 @@ set(CMAKE_MAKEFILE_DEPENDS
   "/work/main/src/CMakeLists.txt"
   "/work/main/src/cli/CMakeLists.txt"
   "/work/main/src/datasource/sources.cmake"
+  "/work/main/src/platform/odbc/sources.cmake"
   "/work/main/src/platform/sources.cmake"
   "/work/main/src/results/sources.cmake"
   "/work/main/tests/CMakeLists.txt"

@@ -16,6 +16,7 @@ endif()
 file(GLOB_RECURSE NEW_GLOB LIST_DIRECTORIES false RELATIVE "/work/main/src" "/work/main/src/*/sources.cmake")
 set(OLD_GLOB
   "datasource/sources.cmake"
+  "platform/odbc/sources.cmake"
   "platform/sources.cmake"
   "results/sources.cmake"
   )

@@ -74,10 +74,22 @@ class ProviderSession {
   virtual std::string quoteIdentifier(const std::string& name) const = 0;
 };
 
-// Opens a session for the parsed connection string, chosen by its Provider key.
-// Raises 3706 for an unknown provider, the provider's error when the open fails.
+// Opens a session for the parsed connection string, chosen by its Provider key
+// (case-insensitive). Raises 3706 for an unknown provider, the provider's error when the open
+// fails. userID / password, when not empty, take the place of the string's User ID / Password.
 std::unique_ptr<ProviderSession> openSession(const ConnectionString& connection,
                                              const std::string& userID,
                                              const std::string& password);
+
+using ProviderFactory = std::unique_ptr<ProviderSession> (*)(const ConnectionString& connection,
+                                                             const std::string& userID,
+                                                             const std::string& password);
+
+// Each provider registers itself under its name(s) from its own .cpp file:
+//   static const ProviderRegistrar registrar("SQLite", &openSqliteSession);
+// so the providers are linked into the library without a central list.
+struct ProviderRegistrar {
+  ProviderRegistrar(const char* providerName, ProviderFactory factory);
+};
 
 }  // namespace varsentix::ado::detail

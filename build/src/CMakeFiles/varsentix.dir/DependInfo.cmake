@@ -9,6 +9,7 @@ set(CMAKE_DEPENDS_LANGUAGES
 # The set of dependency files which are needed:
 set(CMAKE_DEPENDS_DEPENDENCY_FILES
   "/work/main/src/datasource/modUtility.cpp" "src/CMakeFiles/varsentix.dir/datasource/modUtility.cpp.o" "gcc" "src/CMakeFiles/varsentix.dir/datasource/modUtility.cpp.o.d"
+  "/work/main/src/platform/odbc/OdbcApi.cpp" "src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o" "gcc" "src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o.d"
   "/work/main/src/platform/ui/Hooks.cpp" "src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o" "gcc" "src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o.d"
   "/work/main/src/platform/vb/Conversions.cpp" "src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o" "gcc" "src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o.d"
   "/work/main/src/platform/vb/VBError.cpp" "src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o" "gcc" "src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o.d"

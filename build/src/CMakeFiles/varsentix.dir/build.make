@@ -97,10 +97,24 @@ src/CMakeFiles/varsentix.dir/datasource/modUtility.cpp.s: cmake_force
 	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green "Compiling CXX source to assembly CMakeFiles/varsentix.dir/datasource/modUtility.cpp.s"
 	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -S /work/main/src/datasource/modUtility.cpp -o CMakeFiles/varsentix.dir/datasource/modUtility.cpp.s
 
+src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o: src/CMakeFiles/varsentix.dir/flags.make
+src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o: /work/main/src/platform/odbc/OdbcApi.cpp
+src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o: src/CMakeFiles/varsentix.dir/compiler_depend.ts
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_3) "Building CXX object src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o"
+	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -MD -MT src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o -MF CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o.d -o CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o -c /work/main/src/platform/odbc/OdbcApi.cpp
+
+src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.i: cmake_force
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green "Preprocessing CXX source to CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.i"
+	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -E /work/main/src/platform/odbc/OdbcApi.cpp > CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.i
+
+src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.s: cmake_force
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green "Compiling CXX source to assembly CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.s"
+	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -S /work/main/src/platform/odbc/OdbcApi.cpp -o CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.s
+
 src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o: src/CMakeFiles/varsentix.dir/flags.make
 src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o: /work/main/src/platform/vb/VBError.cpp
 src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o: src/CMakeFiles/varsentix.dir/compiler_depend.ts
-	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_3) "Building CXX object src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o"
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_4) "Building CXX object src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o"
 	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -MD -MT src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o -MF CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o.d -o CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o -c /work/main/src/platform/vb/VBError.cpp
 
 src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.i: cmake_force
@@ -114,7 +128,7 @@ src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.s: cmake_force
 src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o: src/CMakeFiles/varsentix.dir/flags.make
 src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o: /work/main/src/platform/vb/Conversions.cpp
 src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o: src/CMakeFiles/varsentix.dir/compiler_depend.ts
-	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_4) "Building CXX object src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o"
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_5) "Building CXX object src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o"
 	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -MD -MT src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o -MF CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o.d -o CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o -c /work/main/src/platform/vb/Conversions.cpp
 
 src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.i: cmake_force
@@ -128,7 +142,7 @@ src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.s: cmake_force
 src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o: src/CMakeFiles/varsentix.dir/flags.make
 src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o: /work/main/src/platform/vb/Variant.cpp
 src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o: src/CMakeFiles/varsentix.dir/compiler_depend.ts
-	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_5) "Building CXX object src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o"
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_6) "Building CXX object src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o"
 	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -MD -MT src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o -MF CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o.d -o CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o -c /work/main/src/platform/vb/Variant.cpp
 
 src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.i: cmake_force
@@ -142,7 +156,7 @@ src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.s: cmake_force
 src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o: src/CMakeFiles/varsentix.dir/flags.make
 src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o: /work/main/src/platform/ui/Hooks.cpp
 src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o: src/CMakeFiles/varsentix.dir/compiler_depend.ts
-	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_6) "Building CXX object src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o"
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_7) "Building CXX object src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o"
 	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -MD -MT src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o -MF CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o.d -o CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o -c /work/main/src/platform/ui/Hooks.cpp
 
 src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.i: cmake_force
@@ -156,7 +170,7 @@ src/CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.s: cmake_force
 src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o: src/CMakeFiles/varsentix.dir/flags.make
 src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o: /work/main/src/results/clsResultSet.cpp
 src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o: src/CMakeFiles/varsentix.dir/compiler_depend.ts
-	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_7) "Building CXX object src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o"
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_8) "Building CXX object src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o"
 	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -MD -MT src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o -MF CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o.d -o CMakeFiles/varsentix.dir/results/clsResultSet.cpp.o -c /work/main/src/results/clsResultSet.cpp
 
 src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.i: cmake_force
@@ -170,7 +184,7 @@ src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp.s: cmake_force
 src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o: src/CMakeFiles/varsentix.dir/flags.make
 src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o: /work/main/src/results/modConstants.cpp
 src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o: src/CMakeFiles/varsentix.dir/compiler_depend.ts
-	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_8) "Building CXX object src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o"
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_9) "Building CXX object src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o"
 	cd /work/main/build/src && /usr/bin/c++ $(CXX_DEFINES) $(CXX_INCLUDES) $(CXX_FLAGS) -MD -MT src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o -MF CMakeFiles/varsentix.dir/results/modConstants.cpp.o.d -o CMakeFiles/varsentix.dir/results/modConstants.cpp.o -c /work/main/src/results/modConstants.cpp
 
 src/CMakeFiles/varsentix.dir/results/modConstants.cpp.i: cmake_force
@@ -185,6 +199,7 @@ src/CMakeFiles/varsentix.dir/results/modConstants.cpp.s: cmake_force
 varsentix_OBJECTS = \
 "CMakeFiles/varsentix.dir/version.cpp.o" \
 "CMakeFiles/varsentix.dir/datasource/modUtility.cpp.o" \
+"CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o" \
 "CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o" \
 "CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o" \
 "CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o" \
@@ -197,6 +212,7 @@ varsentix_EXTERNAL_OBJECTS =
 
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/version.cpp.o
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/datasource/modUtility.cpp.o
+src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/platform/vb/VBError.cpp.o
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/platform/vb/Variant.cpp.o
@@ -205,7 +221,7 @@ src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/results/clsResultSet.cpp
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/results/modConstants.cpp.o
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/build.make
 src/libvarsentix.so.0.1.0: src/CMakeFiles/varsentix.dir/link.txt
-	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --bold --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_9) "Linking CXX shared library libvarsentix.so"
+	@$(CMAKE_COMMAND) -E cmake_echo_color --switch=$(COLOR) --green --bold --progress-dir=/work/main/build/CMakeFiles --progress-num=$(CMAKE_PROGRESS_10) "Linking CXX shared library libvarsentix.so"
 	cd /work/main/build/src && $(CMAKE_COMMAND) -E cmake_link_script CMakeFiles/varsentix.dir/link.txt --verbose=$(VERBOSE)
 	cd /work/main/build/src && $(CMAKE_COMMAND) -E cmake_symlink_library libvarsentix.so.0.1.0 libvarsentix.so.0 libvarsentix.so
 

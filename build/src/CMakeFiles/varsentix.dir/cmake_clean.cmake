@@ -1,6 +1,8 @@
 file(REMOVE_RECURSE
   "CMakeFiles/varsentix.dir/datasource/modUtility.cpp.o"
   "CMakeFiles/varsentix.dir/datasource/modUtility.cpp.o.d"
+  "CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o"
+  "CMakeFiles/varsentix.dir/platform/odbc/OdbcApi.cpp.o.d"
   "CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o"
   "CMakeFiles/varsentix.dir/platform/ui/Hooks.cpp.o.d"
   "CMakeFiles/varsentix.dir/platform/vb/Conversions.cpp.o"

@@ -197,6 +197,7 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
   /usr/include/c++/12/istream \
   /usr/include/c++/12/bits/istream.tcc \
   /work/main/include/varsentix/varsentix.h \
+  /work/main/include/varsentix/platform.h \
   /work/main/include/varsentix/platform/ui/Hooks.h \
   /usr/include/c++/12/functional \
   /usr/include/c++/12/tuple \
@@ -281,12 +282,24 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
   /usr/include/c++/12/optional \
   /work/main/include/varsentix/platform/vb/Variant.h \
   /usr/include/c++/12/variant \
+  /work/main/include/varsentix/platform/ado.h \
+  /work/main/include/varsentix/platform/ado/Connection.h \
+  /work/main/include/varsentix/platform/ado/Enums.h \
+  /work/main/include/varsentix/platform/ado/Recordset.h \
+  /work/main/include/varsentix/results.h \
   /work/main/include/varsentix/results/clsResultSet.h \
   /work/main/include/varsentix/results/modConstants.h \
+  /work/main/include/varsentix/datasource.h \
   /work/main/include/varsentix/datasource/modUtility.h
 
 
+/work/main/include/varsentix/datasource.h:
+
 /work/main/include/varsentix/results/clsResultSet.h:
+
+/work/main/include/varsentix/results.h:
+
+/work/main/include/varsentix/platform/ado/Recordset.h:
 
 /usr/include/c++/12/variant:
 
@@ -326,6 +339,8 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
 
 /usr/include/x86_64-linux-gnu/bits/getopt_core.h:
 
+/usr/include/x86_64-linux-gnu/bits/confname.h:
+
 /usr/include/c++/12/pstl/pstl_config.h:
 
 /usr/include/c++/12/bits/stl_function.h:
@@ -337,8 +352,6 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
 /usr/include/x86_64-linux-gnu/bits/unistd_ext.h:
 
 /usr/include/c++/12/bits/new_allocator.h:
-
-/usr/include/x86_64-linux-gnu/bits/confname.h:
 
 /usr/include/c++/12/bits/cpp_type_traits.h:
 
@@ -416,6 +429,8 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
 
 /usr/include/c++/12/istream:
 
+/work/main/include/varsentix/platform/ado/Enums.h:
+
 /usr/include/x86_64-linux-gnu/c++/12/bits/c++locale.h:
 
 /usr/include/x86_64-linux-gnu/bits/types/FILE.h:
@@ -435,6 +450,8 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
 /usr/include/c++/12/ratio:
 
 /usr/lib/gcc/x86_64-linux-gnu/12/include/stdint.h:
+
+/work/main/include/varsentix/platform/ado/Connection.h:
 
 /usr/include/c++/12/bits/concept_check.h:
 
@@ -509,6 +526,8 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
 /usr/include/x86_64-linux-gnu/bits/long-double.h:
 
 /usr/include/x86_64-linux-gnu/c++/12/bits/c++allocator.h:
+
+/work/main/include/varsentix/platform.h:
 
 /usr/include/string.h:
 
@@ -781,6 +800,8 @@ src/cli/CMakeFiles/varsentix_cli.dir/main.cpp.o: /work/main/src/cli/main.cpp \
 /usr/include/c++/12/bits/unordered_map.h:
 
 /usr/include/c++/12/bits/erase_if.h:
+
+/work/main/include/varsentix/platform/ado.h:
 
 /usr/include/c++/12/bits/stl_vector.h:
 
