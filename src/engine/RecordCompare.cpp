@@ -1,0 +1,199 @@
+#include <limits>
+
+#include "engine/DataProgress.h"
+#include "engine/Engine.h"
+#include "engine/ModADORecordHelpers.h"
+#include "engine/VbFlow.h"
+#include "varsentix/control/Varsenti.h"
+#include "varsentix/dbside/clsDBManager.h"
+#include "varsentix/platform/vb/Conversions.h"
+
+namespace varsentix::engine {
+namespace {
+
+void appendSqlMessage(clsDBManager& side, const std::string& text) {
+  side.setReturnSQLMessage(side.getReturnSQLMessage() + text);
+}
+
+// A Long addition as VB does it: 6 "Overflow" past the int32 range.
+int32_t addLong(int32_t a, int32_t b) {
+  int64_t sum = static_cast<int64_t>(a) + b;
+  if (sum < std::numeric_limits<int32_t>::min() || sum > std::numeric_limits<int32_t>::max())
+    vb::raiseError(vb::errnum::Overflow);
+  return static_cast<int32_t>(sum);
+}
+
+// What the buffered and windowed comparisons share: open A's statement and, when it has records,
+// reset A's position, counts and results. Returns the column count.
+int16_t openBufferedSide(clsDBManager& A, const std::string& query) {
+  A.setReturnSQLMessage("Successfully Completed");
+  A.openDataBaseRecordsFromQuery(query);
+  int16_t columnCount = 0;
+  auto records = A.getDatabaseRecords();
+  if (!records->isBOF()) {
+    columnCount = ModADO::getRecordSetFieldCount(A);
+    A.setCurrentRecordNumber(1);
+    A.setFieldCount(columnCount);
+    const int32_t recordCount = records->RecordCount();
+    A.setRecordCount(recordCount);
+    dataProgress().maximum = recordCount;
+    records->MoveFirst();
+    A.resetResult();
+  }
+  return columnCount;
+}
+
+// One step of a buffered walk: count it, report every 50 steps, advance the record number.
+void countBufferedStep(clsDBManager& A, Varsenti& control, const std::string& readingFrom,
+                       int16_t& counter) {
+  DataProgress& progress = dataProgress();
+  progress.position = addLong(progress.position, 1);
+  ++counter;
+  if (counter == 50) {
+    if (progress.position < progress.maximum && progress.position > 0) {
+      int32_t position = progress.position;
+      int32_t maximum = progress.maximum;
+      std::string text = readingFrom;
+      control.setCurrentProgressCount(position, maximum, text);
+    }
+    counter = 0;
+  }
+  A.setCurrentRecordNumber(addLong(A.getCurrentRecordNumber(), 1));
+}
+
+}  // namespace
+
+std::string buildSelectStatement(clsDBManager& manager) {
+  // Access and other sides build the same text.
+  (void)manager.getIsAccess();
+  return "select " + manager.getFieldList() + " from [" + manager.getTableName() + "]";
+}
+
+void compareTableRecords(clsDBManager& A, clsDBManager& B) {
+  std::string query;
+  std::string orderBy;
+  try {
+    A.setReturnSQLMessage("Successfully Completed");
+    const std::string tableName = A.getTableName();
+    orderBy = ModADO::getFirstComparableFieldName(A, tableName);
+    query = buildSelectStatement(A);
+    if (!orderBy.empty()) query += " order by [" + orderBy + "]";
+    A.openDataBaseRecordsFromQuery(query);
+    B.openDataBaseRecordsFromQuery(query);
+    auto records = A.getDatabaseRecords();
+    if (records->State() == ado::adStateOpen) {
+      int16_t columnCount = 0;
+      if (!records->isBOF()) columnCount = ModADO::getRecordSetFieldCount(A);
+      while (!records->isEOF()) {
+        compareRecordValues(A, B, columnCount);
+        records->MoveNext();
+      }
+    }
+    A.closeRecordSet();
+    B.closeRecordSet();
+  } catch (...) {
+    appendSqlMessage(A, " #16 SQL used " + query + "Last field name used " + orderBy + " ||");
+  }
+}
+
+clsDBManager& compareRecordValues(clsDBManager& A, clsDBManager& B, int16_t columnCount) {
+  int16_t k = 0;
+  try {
+    A.setReturnSQLMessage("Successfully Completed");
+    ModADO::buildMatchQuery(A, B);
+    if (!ModADO::queryReturnsRecords(B)) {
+      for (k = 0; k < columnCount; ++k) addRecordValueToResults(A, 5, k, columnCount);
+    }
+  } catch (...) {
+    appendSqlMessage(A, " #12 Error occured while comparing record value  Index=" + vb::CStr(k) +
+                            "FieldCount=" + vb::CStr(columnCount) + " ||");
+  }
+  return A;
+}
+
+clsDBManager& addRecordValueToResults(clsDBManager& A, int16_t changeType, int16_t k,
+                                      int16_t columnCount) {
+  vb::ResumeNext onError;
+  auto row = vb::Ref<clsResultSet>::make();
+  auto field = [&] { return A.getDatabaseRecords()->field(k); };
+  onError([&] { row->setChangeType(vb::CStr(changeType)); });
+  ifResumeNext(
+      onError, [&] { return !field().Value().isNull(); },
+      [&] { onError([&] { row->setDataValue(field().Value().toText()); }); },
+      [&] { onError([&] { row->setDataValue("Null"); }); });
+  onError([&] { row->setIsDataValue(true); });
+  onError([&] { row->setRecordCount(addLong(A.getRecordCount(), 4)); });
+  onError([&] { row->setRecordNumber(A.getCurrentRecordNumber()); });
+  onError([&] { row->setFieldCount(columnCount); });
+  onError([&] { row->setFieldName(field().Name()); });
+  onError([&] { row->setPrimaryKey(A.getAccessPrimaryKey(A.getTableName())); });
+  onError([&] { row->setDataType(vb::CStr(static_cast<int32_t>(field().Type()))); });
+  onError([&] { row->setLength(vb::CStr(field().ActualSize())); });
+  onError([&] { row->setDatabaseObjName(A.getTableName()); });
+  onError([&] { row->setIsFieldDesc(true); });
+  onError([&] { A.getResults()->Add(row); });
+  ifResumeNext(
+      onError, [&] { return field().Name() == "AddressNumber1"; },
+      [&] { onError([&] { row->setIsFieldDesc(true); }); });
+  return A;
+}
+
+void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
+                            const std::string& readingFrom) {
+  std::string query;
+  try {
+    query = buildSelectStatement(A);
+    const int16_t columnCount = openBufferedSide(A, query);
+    dataProgress().position = 1;
+    int16_t counter = 0;
+    auto records = A.getDatabaseRecords();
+    while (!records->isEOF()) {
+      compareRecordValues(A, B, columnCount);
+      records->MoveNext();
+      countBufferedStep(A, control, readingFrom, counter);
+    }
+    A.closeRecordSet();
+    B.closeRecordSet();
+  } catch (...) {
+    appendSqlMessage(A, " #14 Error occurred while attempting to get data differences from specified fields SQL used = " +
+                            query + " ||");
+  }
+}
+
+void compareRecordWindow(clsDBManager& A, clsDBManager& B, Varsenti& control,
+                         const std::string& readingFrom, int32_t s, int32_t n) {
+  std::string query;
+  try {
+    query = buildSelectStatement(A);
+    const int16_t columnCount = openBufferedSide(A, query);
+    dataProgress().position = 1;
+    int16_t counter = 0;
+    auto records = A.getDatabaseRecords();
+    // The window's start only sets how many steps run; every window starts at the first record.
+    const int64_t last = static_cast<int64_t>(s) + n;
+    for (int64_t i = s; i <= last; ++i) {
+      if (!records->isBOF() && !records->isEOF()) {
+        compareRecordValues(A, B, columnCount);
+        records->MoveNext();
+      }
+      countBufferedStep(A, control, readingFrom, counter);
+    }
+    A.closeRecordSet();
+    B.closeRecordSet();
+  } catch (...) {
+    appendSqlMessage(A, " #14 Error occurred while attempting to get data differences from specified fields SQL used = " +
+                            query + " ||");
+  }
+}
+
+void saveTableRecordsToXML(clsDBManager& manager) {
+  vb::ResumeNext onError;
+  bool named = false;
+  onError([&] { named = !manager.getTableName().empty(); });
+  if (!named) return;
+  onError([&] { manager.openDataBaseRecordsFromQuery(manager.getSql()); });
+  onError([&] { manager.saveToXML(manager.getXmlFileName()); });
+  onError([&] { manager.closeRecordSet(); });
+}
+
+}  // namespace varsentix::engine

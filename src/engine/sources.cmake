@@ -1,0 +1,9 @@
+target_sources(varsentix PRIVATE
+  engine/DataProgress.cpp
+  engine/ModADOKeys.cpp
+  engine/ModADOForeignKeys.cpp
+  engine/ModADOMatchQuery.cpp
+  engine/TableStructure.cpp
+  engine/FieldStructure.cpp
+  engine/RecordCompare.cpp
+)

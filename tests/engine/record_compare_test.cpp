@@ -1,0 +1,250 @@
+#include <gtest/gtest.h>
+
+#include "engine/DataProgress.h"
+#include "engine/Engine.h"
+#include "engine/EngineTestSupport.h"
+
+using namespace varsentix;
+using namespace varsentix::testing;
+
+namespace {
+
+class RecordCompare : public ::testing::TestWithParam<Engine> {};
+
+// Two sides prepared as a host prepares them for a record compare: connected, table and field
+// list set.
+struct Pair {
+  Side master;
+  Side source;
+};
+
+Pair connectedPair(TestDatabase& m, TestDatabase& s, const std::string& table, const std::string& fields = "*") {
+  Pair p{makeSide(m.connectionString()), makeSide(s.connectionString())};
+  for (auto* side : {&p.master, &p.source}) {
+    (*side)->openDatabaseConnection();
+    (*side)->setTableName(table);
+    (*side)->setFieldList(fields);
+  }
+  return p;
+}
+
+void createPeople(TestDatabase& db) {
+  db.exec("CREATE TABLE people (id INTEGER PRIMARY KEY, name VARCHAR(40), city VARCHAR(40))");
+}
+
+std::vector<vb::Ref<clsResultSet>> valueRows(clsDBManager& side) {
+  std::vector<vb::Ref<clsResultSet>> out;
+  for (const auto& row : *side.getResults())
+    if (row->getIsDataValue()) out.push_back(row);
+  return out;
+}
+
+}  // namespace
+
+TEST_P(RecordCompare, IdenticalTablesYieldNoValueRows) {
+  VARSENTIX_TEST_DATABASE(m, GetParam());
+  VARSENTIX_TEST_DATABASE(s, GetParam());
+  for (auto* db : {m.get(), s.get()}) {
+    createPeople(*db);
+    db->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo'), (2, 'O''Brien', NULL), (3, '50% off', 'x_y')");
+  }
+  auto p = connectedPair(*m, *s, "people");
+  engine::compareTableRecords(*p.master, *p.source);
+  engine::compareTableRecords(*p.source, *p.master);
+  EXPECT_TRUE(valueRows(*p.master).empty());
+  EXPECT_TRUE(valueRows(*p.source).empty());
+}
+
+TEST_P(RecordCompare, RecordOnlyInMasterGivesOneRowPerColumn) {
+  VARSENTIX_TEST_DATABASE(m, GetParam());
+  VARSENTIX_TEST_DATABASE(s, GetParam());
+  createPeople(*m);
+  createPeople(*s);
+  m->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo'), (2, 'Bob', NULL)");
+  s->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo')");
+  auto p = connectedPair(*m, *s, "people");
+  p.master->setRecordCount(2);
+  p.master->setCurrentRecordNumber(9);
+  engine::compareTableRecords(*p.master, *p.source);
+  auto rows = valueRows(*p.master);
+  ASSERT_EQ(rows.size(), 3u);
+  const char* names[] = {"id", "name", "city"};
+  const char* values[] = {"2", "Bob", "Null"};
+  for (size_t k = 0; k < 3; ++k) {
+    EXPECT_EQ(rows[k]->getChangeType(), "5");
+    EXPECT_EQ(rows[k]->getFieldName(), names[k]);
+    EXPECT_EQ(rows[k]->getDataValue(), values[k]);
+    EXPECT_EQ(rows[k]->getRecordNumber(), 9);
+    EXPECT_EQ(rows[k]->getRecordCount(), 6);  // the side's count plus 4
+    EXPECT_EQ(rows[k]->getFieldCount(), 3);
+    EXPECT_EQ(rows[k]->getDatabaseObjName(), "people");
+    EXPECT_EQ(rows[k]->getPrimaryKey(), "id");
+    EXPECT_TRUE(rows[k]->getIsFieldDesc());
+  }
+  // The data type is the numeric ADO code, not a type name.
+  EXPECT_NO_THROW(vb::CInt(rows[1]->getDataType()));
+  EXPECT_EQ(rows[1]->getLength(), "3");
+  engine::compareTableRecords(*p.source, *p.master);
+  EXPECT_TRUE(valueRows(*p.source).empty());
+}
+
+TEST_P(RecordCompare, RecordDifferingInOneColumnIsNewOnBothSidesNeverDifferentValue) {
+  VARSENTIX_TEST_DATABASE(m, GetParam());
+  VARSENTIX_TEST_DATABASE(s, GetParam());
+  createPeople(*m);
+  createPeople(*s);
+  m->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo')");
+  s->exec("INSERT INTO people VALUES (1, 'Ann', 'Bergen')");
+  auto p = connectedPair(*m, *s, "people");
+  engine::compareTableRecords(*p.master, *p.source);
+  engine::compareTableRecords(*p.source, *p.master);
+  auto mine = valueRows(*p.master);
+  auto theirs = valueRows(*p.source);
+  ASSERT_EQ(mine.size(), 3u);
+  ASSERT_EQ(theirs.size(), 3u);
+  for (const auto& row : mine) EXPECT_EQ(row->getChangeType(), "5");
+  for (const auto& row : theirs) EXPECT_EQ(row->getChangeType(), "5");
+  EXPECT_EQ(mine[2]->getDataValue(), "Oslo");
+  EXPECT_EQ(theirs[2]->getDataValue(), "Bergen");
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, RecordCompare, ::testing::ValuesIn(allEngines()), EngineParamName());
+
+TEST(RecordCompareSqlite, NullIsStoredAsTheTextNullLikeTheTextNull) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  createPeople(*m);
+  createPeople(*s);
+  m->exec("INSERT INTO people VALUES (1, NULL, 'Null')");
+  auto p = connectedPair(*m, *s, "people");
+  engine::compareTableRecords(*p.master, *p.source);
+  auto rows = valueRows(*p.master);
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_EQ(rows[1]->getDataValue(), "Null");
+  EXPECT_EQ(rows[2]->getDataValue(), "Null");
+}
+
+TEST(RecordCompareSqlite, AnEmptyFieldListComparesNoRecordsAndRecordsMessage3) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  createPeople(*m);
+  createPeople(*s);
+  m->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo')");
+  auto p = connectedPair(*m, *s, "people", "");
+  engine::compareTableRecords(*p.master, *p.source);
+  EXPECT_TRUE(valueRows(*p.master).empty());
+  EXPECT_NE(p.master->getReturnSQLMessage().find(" #3 Error occured when attempting to open table using the following SQLselect  from [people] ||"),
+            std::string::npos)
+      << p.master->getReturnSQLMessage();
+}
+
+namespace {
+Pair bufferedPair(TestDatabase& m, TestDatabase& s, int masterRows) {
+  for (auto* db : {&m, &s}) db->exec("CREATE TABLE nums (n INTEGER PRIMARY KEY, label VARCHAR(10))");
+  std::string values;
+  for (int i = 1; i <= masterRows; ++i) values += (i > 1 ? "," : "") + ("(" + std::to_string(i) + ", 'v" + std::to_string(i) + "')");
+  m.exec("INSERT INTO nums VALUES " + values);
+  return connectedPair(m, s, "nums");
+}
+}  // namespace
+
+TEST(BufferedRecords, ProgressEveryFiftyRecordsAndDataProgressSurvives) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  auto p = bufferedPair(*m, *s, 120);
+  Varsenti control;
+  ProgressRecorder recorder(control);
+  engine::compareBufferedRecords(*p.master, *p.source, control, "Reading Original");
+  EXPECT_EQ(recorder.events, (std::vector<ProgressEvent>{{51, 120, "Reading Original"}, {101, 120, "Reading Original"}}));
+  EXPECT_EQ(engine::dataProgress().position, 121);
+  EXPECT_EQ(engine::dataProgress().maximum, 120);
+  EXPECT_EQ(control.getDataProgressStatus(), 121);
+  EXPECT_EQ(control.getDataProgressStatusMax(), 120);
+  // Every record is new on the master side: two rows a record, numbered from 1.
+  auto rows = valueRows(*p.master);
+  ASSERT_EQ(rows.size(), 240u);
+  EXPECT_EQ(rows.front()->getRecordNumber(), 1);
+  EXPECT_EQ(rows.back()->getRecordNumber(), 120);
+  EXPECT_EQ(rows.back()->getRecordCount(), 124);
+  EXPECT_EQ(p.master->getFieldCount(), 2);
+}
+
+TEST(BufferedRecords, ResultsAreEmptiedBeforeTheWalk) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  auto p = bufferedPair(*m, *s, 3);
+  p.master->getResults()->Add(makeRow("stale"));
+  Varsenti control;
+  engine::compareBufferedRecords(*p.master, *p.source, control, "Reading Original");
+  EXPECT_EQ(p.master->getResults()->Count(), 6);
+}
+
+TEST(BufferedRecords, FailingQueryRecordsMessage14) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  auto p = connectedPair(*m, *s, "missing_table");
+  Varsenti control;
+  engine::compareBufferedRecords(*p.master, *p.source, control, "Reading Original");
+  const std::string message = p.master->getReturnSQLMessage();
+  EXPECT_NE(message.find(" #14 Error occurred while attempting to get data differences from specified fields SQL used = select * from [missing_table] ||"),
+            std::string::npos)
+      << message;
+}
+
+TEST(RecordWindow, ZeroAmountComparesExactlyOneRecord) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  auto p = bufferedPair(*m, *s, 10);
+  Varsenti control;
+  engine::compareRecordWindow(*p.master, *p.source, control, "Reading Original", 1, 0);
+  auto rows = valueRows(*p.master);
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(rows[0]->getDataValue(), "1");
+}
+
+TEST(RecordWindow, EveryWindowStartsAtTheFirstRecord) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  auto p = bufferedPair(*m, *s, 10);
+  Varsenti control;
+  engine::compareRecordWindow(*p.master, *p.source, control, "Reading Original", 6, 2);
+  auto rows = valueRows(*p.master);
+  ASSERT_EQ(rows.size(), 6u);  // three records: 1, 2 and 3, not 6, 7 and 8
+  EXPECT_EQ(rows[0]->getDataValue(), "1");
+  EXPECT_EQ(rows[4]->getDataValue(), "3");
+}
+
+TEST(RecordWindow, AWindowPastTheLastRecordStopsComparingButKeepsCounting) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  auto p = bufferedPair(*m, *s, 2);
+  Varsenti control;
+  engine::compareRecordWindow(*p.master, *p.source, control, "Reading Original", 1, 9);
+  EXPECT_EQ(valueRows(*p.master).size(), 4u);
+  EXPECT_EQ(engine::dataProgress().position, 11);
+}
+
+TEST(SaveTableRecordsToXML, SavesTheSidesStatementToItsFile) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  auto p = bufferedPair(*m, *s, 2);
+  TempDir dir;
+  p.master->setSQL("select * from [nums]");
+  p.master->setXmlFileName(dir.file("nums.xml"));
+  engine::saveTableRecordsToXML(*p.master);
+  ASSERT_TRUE(std::filesystem::exists(dir.file("nums.xml")));
+  p.master->setTableName("");
+  p.master->setXmlFileName(dir.file("none.xml"));
+  engine::saveTableRecordsToXML(*p.master);
+  EXPECT_FALSE(std::filesystem::exists(dir.file("none.xml")));
+}
+
+TEST(BuildSelectStatement, FieldListAndBracketedTable) {
+  clsDBManager side;
+  side.initializeValues();
+  side.setTableName("Order Details");
+  side.setFieldList("a,b");
+  EXPECT_EQ(engine::buildSelectStatement(side), "select a,b from [Order Details]");
+  side.setIsAccess(true);
+  EXPECT_EQ(engine::buildSelectStatement(side), "select a,b from [Order Details]");
+}
