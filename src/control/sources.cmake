@@ -1,0 +1,5 @@
+target_sources(varsentix PRIVATE
+  control/VarsentiCompare.cpp
+  control/VarsentiBuffered.cpp
+  control/VarsentiResultQueries.cpp
+)
