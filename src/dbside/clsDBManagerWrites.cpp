@@ -1,0 +1,72 @@
+// clsDBManager: writing a record of the other side into this side (copy and update). Values are
+// copied by field position from the other side's first record set.
+#include "dbside/RecordWriteSupport.h"
+#include "varsentix/dbside/clsDBManager.h"
+#include "varsentix/platform/vb/Conversions.h"
+
+namespace varsentix {
+
+bool clsDBManager::adoAddNewRecord(clsDBManager& dataManager2) {
+  try {
+    data().closeRecordSet();
+    returnSQLMessage_ = "Successfully Completed";
+    auto& records = data().rsAccess();
+    records->setCursorType(ado::adOpenDynamic);
+    records->setLockType(ado::adLockOptimistic);
+    records->Open("[" + tableName_ + "]", data().accessCn(), ado::adOpenUnspecified, ado::adLockUnspecified,
+                  ado::adCmdTable);
+    records->AddNew();
+    auto other = dataManager2.getDatabaseRecords();
+    other->MoveFirst();
+    const int32_t count = other->getFields().Count();
+    for (int32_t i = 0; i < count; ++i) records->field(i).setValue(other->field(i).Value());
+    records->Update();
+    data().closeRecordSet();
+    return true;
+  } catch (...) {
+    const vb::VBError error = vb::toVBError(std::current_exception());
+    detail::closeQuietly([&] { data().closeRecordSet(); });
+    returnSQLMessage_ = vb::CStr(error.number()) + " " + error.description();
+    returnSQLMessage_ += " #7 Error when attempting to add a new record in table " + tableName_ + " ||";
+    return false;
+  }
+}
+
+bool clsDBManager::adoUpdateRecord(clsDBManager& dataManager2, const bool& isMaster, const std::string& FileName) {
+  try {
+    data().closeRecordSet();
+    returnSQLMessage_ = "Successfully Completed";
+    auto& records = data().rsAccess();
+    records->setCursorType(ado::adOpenDynamic);
+    records->setLockType(ado::adLockOptimistic);
+    records->Open(sSql_, data().accessCn(), ado::adOpenUnspecified, ado::adLockUnspecified, ado::adCmdText);
+    if (records->isBOF()) return false;  // no row: nothing saved, nothing changed
+    // The row as it was goes to the rollback file before anything changes.
+    saveRollBackInformation(records, isMaster, FileName);
+    records->MoveFirst();
+    auto other = dataManager2.getDatabaseRecords();
+    other->MoveFirst();
+    const int32_t count = other->getFields().Count();
+    for (int32_t i = 0; i < count; ++i) {
+      const std::string name = vb::Trim(records->field(i).Name());
+      // Asked once a field, as the update has always done; the key column keeps its value.
+      const std::string key = vb::Trim(dataManager2.getAccessPrimaryKey(tableName_));
+      if (name != key) records->field(i).setValue(other->field(i).Value());
+    }
+    records->Update();
+    data().closeRecordSet();
+    if (!isRollbackRecordClosed()) detail::rollbackRecordSet()->Close();
+    return true;
+  } catch (...) {
+    const vb::VBError error = vb::toVBError(std::current_exception());
+    returnSQLMessage_ = vb::CStr(error.number()) + " " + error.description();
+    returnSQLMessage_ += " #7 Error when attempting to add a new record in table " + tableName_ + " ||";
+    return false;
+  }
+}
+
+bool clsDBManager::isRollbackRecordClosed() {
+  return detail::rollbackRecordSet()->State() == ado::adStateClosed;
+}
+
+}  // namespace varsentix

@@ -1,0 +1,4 @@
+target_sources(varsentix PRIVATE
+  dbside/clsDBManagerWrites.cpp
+  dbside/clsDBManagerRollback.cpp
+)
