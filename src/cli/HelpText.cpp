@@ -1,0 +1,97 @@
+#include "cli/HelpText.h"
+
+namespace varsentix::cli {
+
+const CommandHelp kMainHelp{
+    "varsentix",
+    "varsentix COMMAND [OPTIONS] [ARGS...]",
+    "Compares two relational databases: the tables, fields and records that one side has and\n"
+    "the other lacks, and the fields whose type differs. The first database is the Original\n"
+    "side, the second the Modified side.\n"
+    "\n"
+    "Commands:\n"
+    "  compare MASTER SOURCE   compare two databases (see varsentix compare --help)\n"
+    "  sources                 list the machine's ODBC data sources\n"
+    "  help [COMMAND]          show the help of a command\n"
+    "\n"
+    "Options:\n"
+    "  --help                  show this text\n"
+    "  --version               show the version\n"};
+
+const CommandHelp kCompareHelp{
+    "compare",
+    "varsentix compare MASTER SOURCE [OPTIONS]",
+    "Compares the Original database MASTER with the Modified database SOURCE: first the\n"
+    "structure of the whole database (tables, then fields), then the records of every table\n"
+    "present on both sides. A record present on one side only, or differing in any compared\n"
+    "field, is listed as only in that side.\n"
+    "\n"
+    "MASTER and SOURCE may each be:\n"
+    "  a SQLite file            recognised by its header, whatever its extension\n"
+    "  an Access file           .mdb (read only)\n"
+    "  DSN=NAME                 an ODBC data source (see varsentix sources)\n"
+    "  a connection string      Provider=SQLite;Data Source=FILE, Provider=MSDASQL;Driver={...};...\n"
+    "\n"
+    "Options:\n"
+    "  --schema-only            compare tables and fields, not records\n"
+    "  --objects-only           compare the table lists only\n"
+    "  --table T                compare one table only\n"
+    "  --fields A,B             with --table: compare only these fields of its records\n"
+    "  --show-unchanged         also list tables and fields that are the same on both sides\n"
+    "  --user U                 user name for both sides (appended as User ID)\n"
+    "  --password P             password for both sides\n"
+    "  --format text|json       the report's form (default text); json writes one document\n"
+    "  --limit N                records listed per table and side in the text report (default 20)\n"
+    "  --help                   show this text\n"
+    "\n"
+    "Colour is used only when standard output is a terminal and NO_COLOR is not set. A progress\n"
+    "bar is drawn on standard error when it is a terminal.\n"
+    "\n"
+    "Exit status: 0 no differences, 1 differences found, 2 trouble (a missing file, a file that\n"
+    "is no database, a data source or server that cannot be reached, a wrong password).\n"};
+
+const CommandHelp kSourcesHelp{
+    "sources",
+    "varsentix sources",
+    "Lists the machine's ODBC data sources as the control lists them: each name with its\n"
+    "driver. A name can be compared as DSN=NAME.\n"};
+
+std::string helpText(const CommandHelp& help) { return "Usage: " + std::string(help.usage) + "\n\n" + help.text; }
+
+std::string markdownManual() {
+  std::string text =
+      "# The varsentix command line\n\n"
+      "This page is generated from the program's own help (`varsentix help --markdown`).\n";
+  for (const CommandHelp* help : {&kMainHelp, &kCompareHelp, &kSourcesHelp}) {
+    text += "\n## " + std::string(help->name) + "\n\n```\n" + helpText(*help) + "```\n";
+  }
+  text +=
+      "\n## The JSON report\n\n"
+      "`varsentix compare --format json` writes one document:\n\n"
+      "```\n"
+      "{\n"
+      "  \"format\": \"varsentix-report\", \"version\": 1, \"tool\": \"<library version>\",\n"
+      "  \"sides\": {\n"
+      "    \"original\": {\"source\": \"<what was named>\", \"errorLogs\": \"<the control's error log>\"},\n"
+      "    \"modified\": {\"source\": \"...\", \"errorLogs\": \"...\"}\n"
+      "  },\n"
+      "  \"differences\": true,          // false when nothing differs (exit status 0)\n"
+      "  \"recordsCompared\": true,      // false with --schema-only / --objects-only\n"
+      "  \"tables\": [{\"table\", \"side\", \"changeType\", \"change\", \"tableType\", \"primaryKey\"}],\n"
+      "  \"fields\": [{\"table\", \"field\", \"side\", \"changeType\", \"change\", \"dataType\", \"definedSize\",\n"
+      "              \"otherDataType\" (for a type difference)}],\n"
+      "  \"comparedTables\": [\"<table whose records were compared>\"],\n"
+      "  \"records\": [{\"table\", \"side\", \"recordNumber\", \"changeType\", \"change\",\n"
+      "               \"values\": {\"<field>\": \"<text>\" or null}}]\n"
+      "}\n"
+      "```\n\n"
+      "`side` is `original` or `modified`. `changeType` is the control's code and `change` its\n"
+      "description: 0 No Change, 1 New Table, 2 New Field, 3 Different Datatype, 5 New Record.\n"
+      "Each side reports its own rows: a field whose type differs appears once per side. Values\n"
+      "are the databases' text forms; a null value is `null` (as is the text Null, which the\n"
+      "comparison cannot tell from a null value). New members may be added to the\n"
+      "document in later versions; existing ones keep their names and meaning.\n";
+  return text;
+}
+
+}  // namespace varsentix::cli

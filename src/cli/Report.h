@@ -1,0 +1,62 @@
+#pragma once
+// What the command line reports: the differences of two databases, read from the control's
+// result queries, independent of how they are printed.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace varsentix::cli {
+
+enum class SideName { Original, Modified };
+
+struct SideInfo {
+  std::string label;       // what the user gave: a path, DSN=..., a connection string (password hidden)
+  std::string errorLogs;   // the control's error log of the side after the last compare
+};
+
+struct TableDifference {
+  std::string table;
+  SideName side;
+  int16_t changeType = 0;
+  std::string tableType;
+  std::string primaryKey;
+};
+
+struct FieldDifference {
+  std::string table;
+  std::string field;
+  SideName side;
+  int16_t changeType = 0;
+  std::string dataType;
+  std::string definedSize;
+  // The other side's type, for "Different Datatype".
+  std::string otherDataType;
+};
+
+struct RecordDifference {
+  std::string table;
+  SideName side;
+  int32_t recordNumber = 0;
+  int16_t changeType = 0;
+  // Field name and value text; nullopt for a null value.
+  std::vector<std::pair<std::string, std::optional<std::string>>> values;
+};
+
+struct Report {
+  SideInfo original;
+  SideInfo modified;
+  bool structureOnly = false;
+  std::vector<TableDifference> tables;
+  std::vector<FieldDifference> fields;
+  std::vector<RecordDifference> records;
+  // Tables whose records were compared.
+  std::vector<std::string> comparedTables;
+
+  bool hasDifferences() const;
+};
+
+const char* sideText(SideName side);  // "Original" / "Modified"
+
+}  // namespace varsentix::cli
