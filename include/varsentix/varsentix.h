@@ -3,6 +3,7 @@
 #include "varsentix/platform.h"
 #include "varsentix/results.h"
 #include "varsentix/datasource.h"
+#include "varsentix/dbside.h"
 
 namespace varsentix {
 // The library's version, "major.minor.patch".

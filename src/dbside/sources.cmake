@@ -1,0 +1,9 @@
+target_sources(varsentix PRIVATE
+  dbside/clsData.cpp
+  dbside/clsDBManagerAccessors.cpp
+  dbside/clsDBManagerConnection.cpp
+  dbside/clsDBManagerKeys.cpp
+  dbside/clsDBManagerQueries.cpp
+  dbside/clsDBManagerDescription.cpp
+  dbside/ModADOFields.cpp
+)
