@@ -1,0 +1,3 @@
+target_sources(varsentix PRIVATE
+  engine/DataProgress.cpp
+)
