@@ -11,12 +11,13 @@ packages=(
   mdbtools-dev              # libmdb: Access files
   libexpat1-dev             # XML persistence of record sets
   libsqliteodbc odbc-postgresql odbc-mariadb   # ODBC drivers
+  sqlite3                   # makes the changed copy of the demo database
 )
 if [[ "${1:-}" == "--test" ]]; then
   packages+=(
     libgtest-dev libgmock-dev
     postgresql mariadb-server mariadb-client
-    sqlite3 sqlite3-tools
+    sqlite3-tools
   )
 fi
 
