@@ -62,7 +62,7 @@ TEST(ControlDataSources, EveryNewControlRebuildsTheListForAllControls) {
   Varsenti second;
   EXPECT_EQ(second.getODBCConnectionCount(), 2);
   EXPECT_EQ(second.getODBCConnection(1), "DSN=Cee | D4444");
-  EXPECT_EQ(second.getODBCConnection(2), "DSN=   |     ");
+  EXPECT_EQ(second.getODBCConnection(2), "DSN=" + std::string(3, ' ') + " | " + std::string(5, ' '));
   EXPECT_EQ(first->getODBCConnectionCount(), 2);  // the list is shared by every control
   EXPECT_EQ(first->getODBCConnection(1), "DSN=Cee | D4444");
 }

@@ -1,6 +1,8 @@
 // The error log: getErrorLogs composes one side's three message buffers behind fixed labels.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "ControlTestSupport.h"
 #include "support/TempDir.h"
 #include "varsentix/control/Varsenti.h"
@@ -133,6 +135,7 @@ TEST(ControlErrorLog, TwoFailedConnectionsLeaveBothOutcomesInTheLog) {
 
 TEST(ControlErrorLog, ASuccessfulConnectionIsLoggedAsSuccessfullyCompleted) {
   TempDir dir;
+  std::ofstream(dir.file("fresh.db")) << "";  // an empty file is an empty SQLite database
   Varsenti control;
   vb::Ref<clsDBManager> master = control.getMasterDataManager();
   master->setConnectionString("Provider=SQLite;Data Source=" + dir.file("fresh.db"));

@@ -1,6 +1,8 @@
 // Class objects, the objects they make, DllCanUnloadNow and CreateObject.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "varsentix/platform/vb/VBError.h"
 #include "varsentix/server.h"
 

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "control/ControlTestSupport.h"
+#include "control/ScopedEnv.h"
 #include "server/RegistrationFile.h"
 #include "support/TempDir.h"
 #include "varsentix/server.h"

@@ -8,7 +8,7 @@
 #include <set>
 #include <sstream>
 
-#include "control/ControlTestSupport.h"
+#include "control/ScopedEnv.h"
 #include "server/RegistrationFile.h"
 #include "support/TempDir.h"
 #include "varsentix/server.h"
