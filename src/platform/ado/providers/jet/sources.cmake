@@ -4,6 +4,7 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(LIBMDB REQUIRED IMPORTED_TARGET libmdb)
 find_package(SQLite3 REQUIRED)
 target_sources(varsentix PRIVATE
+  platform/ado/providers/jet/JetSession.cpp
   platform/ado/providers/jet/JetSql.cpp
   platform/ado/providers/jet/JetTypes.cpp
   platform/ado/providers/jet/JetLoader.cpp
