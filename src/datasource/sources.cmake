@@ -1,3 +1,5 @@
 target_sources(varsentix PRIVATE
   datasource/modUtility.cpp
+  datasource/ModADO.cpp
+  datasource/modUtilityFile.cpp
 )

@@ -1,7 +1,8 @@
 #pragma once
-// The data-comparison progress position and maximum. They are kept once per thread, shared by
-// every control on that thread: the buffered record comparison writes them, the control's
-// getDataProgressStatus / getDataProgressStatusMax read them. Both start at 0.
+// The data-comparison progress of the buffered record routines: a position and a maximum, kept
+// once per thread and shared by every control on that thread. Both start at 0. The buffered
+// routines write them while they run; the control reads them (getDataProgressStatus and
+// getDataProgressStatusMax report 1 and 100 while they are 0).
 #include <cstdint>
 
 namespace varsentix::engine {
@@ -11,7 +12,7 @@ struct DataProgress {
   int32_t maximum = 0;
 };
 
-// This thread's counters.
+// This thread's progress. The reference stays valid for the thread's life.
 DataProgress& dataProgress() noexcept;
 
 }  // namespace varsentix::engine
