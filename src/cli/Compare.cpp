@@ -78,10 +78,26 @@ void readRecords(Varsenti& control, SideName side, const std::string& table, Rep
       current = &report.records.back();
     }
     const std::string value = control.getResultFieldValue(i, isMaster);
+    int32_t adoType = 0;
+    try {
+      adoType = vb::CLng(control.getResultDataType(i, isMaster));  // value rows carry the type code
+    } catch (const vb::VBError&) {
+    }
     // The control stores a null value as the text "Null".
-    current->values.emplace_back(control.getResultFieldName(i, isMaster),
-                                 value == "Null" ? std::nullopt : std::optional<std::string>(value));
+    current->values.push_back({control.getResultFieldName(i, isMaster),
+                               value == "Null" ? std::nullopt : std::optional<std::string>(value), adoType});
   }
+}
+
+// The fields of table present on both sides, in the original's order, as a bracketed list.
+std::string commonFieldList(const Report& report, const std::string& table) {
+  std::string list;
+  for (const auto& f : report.fields) {
+    if (f.side != SideName::Original || f.table != table || f.changeType == 2) continue;
+    if (f.field.find(']') != std::string::npos) return "*";  // cannot be bracketed: take them all
+    list += (list.empty() ? "[" : ", [") + f.field + "]";
+  }
+  return list;
 }
 
 vb::Ref<clsDBManager> preparedSide(const std::string& connectionString, const std::string& table,
@@ -153,9 +169,13 @@ Report runCompare(Varsenti& control, const ResolvedSide& original, const Resolve
     throw CliError("no table named " + options.table + " on either side");
 
   if (!report.structureOnly) {
-    const std::string fieldList = options.fields.empty() ? "*" : splitFieldList(options.fields);
     for (const auto& table : report.tables) {
       if (table.side != SideName::Original || table.changeType != 0) continue;
+      // The records are compared on the fields both sides have (a field on one side only is a
+      // difference of its own, shown with the fields), or on the fields the user named.
+      const std::string fieldList =
+          options.fields.empty() ? commonFieldList(report, table.table) : splitFieldList(options.fields);
+      if (fieldList.empty()) continue;
       if (options.onTable) options.onTable(table.table);
       auto master = preparedSide(original.connectionString, table.table, fieldList, true);
       auto source = preparedSide(modified.connectionString, table.table, fieldList, false);

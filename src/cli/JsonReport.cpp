@@ -78,8 +78,8 @@ void writeJson(std::ostream& out, const Report& report) {
         out << "{\"table\": " << quoted(r.table) << ", \"side\": " << sideKey(r.side)
             << ", \"recordNumber\": " << r.recordNumber << ", " << change(r.changeType) << ", \"values\": {";
         bool first = true;
-        for (const auto& [name, value] : r.values) {
-          out << (first ? "" : ", ") << quoted(name) << ": " << (value ? quoted(*value) : std::string("null"));
+        for (const auto& value : r.values) {
+          out << (first ? "" : ", ") << quoted(value.field) << ": " << (value.text ? quoted(*value.text) : std::string("null"));
           first = false;
         }
         out << "}}";

@@ -40,8 +40,12 @@ struct RecordDifference {
   SideName side;
   int32_t recordNumber = 0;
   int16_t changeType = 0;
-  // Field name and value text; nullopt for a null value.
-  std::vector<std::pair<std::string, std::optional<std::string>>> values;
+  struct Value {
+    std::string field;
+    std::optional<std::string> text;  // nullopt for a null value
+    int32_t adoType = 0;              // the field's ADO data type code
+  };
+  std::vector<Value> values;
 };
 
 struct Report {
@@ -58,5 +62,8 @@ struct Report {
 };
 
 const char* sideText(SideName side);  // "Original" / "Modified"
+
+// Whether values of an ADO data type are numbers (written without quotes).
+bool isNumericType(int32_t adoType);
 
 }  // namespace varsentix::cli

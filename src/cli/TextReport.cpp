@@ -25,10 +25,11 @@ std::string onlyIn(SideName side, const Palette& p) {
   return std::string(side == SideName::Original ? p.original : p.modified) + "only in " + sideText(side) + p.reset;
 }
 
-std::string valueText(const std::optional<std::string>& value) {
-  if (!value) return "NULL";
+std::string valueText(const RecordDifference::Value& value) {
+  if (!value.text) return "NULL";
+  if (isNumericType(value.adoType)) return *value.text;
   std::string text = "'";
-  for (char c : *value) {
+  for (char c : *value.text) {
     if (c == '\n') text += "\\n";
     else if (c == '\r') text += "\\r";
     else if (c == '\t') text += "\\t";
@@ -55,6 +56,7 @@ void writeFields(std::ostream& out, const Report& report, const Palette& p) {
   std::set<std::string> typePairsShown;
   for (const auto& f : report.fields) {
     const std::string name = f.table + "." + f.field;
+    if (f.changeType == 1) continue;  // a field of a table on one side only: the table says it
     if (f.changeType == 3) {
       if (!typePairsShown.insert(name).second) continue;
       const bool original = f.side == SideName::Original;
@@ -98,8 +100,8 @@ void writeRecords(std::ostream& out, const Report& report, const TextOptions& op
         if (listed == options.limit) break;
         out << "    " << onlyIn(side, p) << "  ";
         bool first = true;
-        for (const auto& [name, value] : r->values) {
-          out << (first ? "" : " ") << name << "=" << valueText(value);
+        for (const auto& value : r->values) {
+          out << (first ? "" : " ") << value.field << "=" << valueText(value);
           first = false;
         }
         out << "\n";
@@ -127,7 +129,7 @@ void writeText(std::ostream& out, const Report& report, const TextOptions& optio
   for (const auto& t : report.tables) tables += t.changeType != 0;
   for (const auto& f : report.fields) {
     if (f.changeType == 3) typeDiffs.insert(f.table + "." + f.field);
-    else fields += f.changeType != 0;
+    else fields += f.changeType == 2;
   }
   fields += typeDiffs.size();
   out << "\n" << (report.hasDifferences() ? "Differences: " : "No differences: ") << tables << " tables, "

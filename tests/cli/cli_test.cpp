@@ -15,7 +15,7 @@ namespace {
 
 const std::filesystem::path kSourceDir = VARSENTIX_SOURCE_DIR;
 
-struct Run {
+struct Outcome {
   int status = -1;
   std::string out;
   std::string err;
@@ -35,11 +35,11 @@ std::string quoted(const std::string& arg) {
 }
 
 // Runs the program in dir with args; environment additions come first ("NO_COLOR=1").
-Run run(const TempDir& dir, const std::vector<std::string>& args, const std::string& env = "") {
+Outcome run(const TempDir& dir, const std::vector<std::string>& args, const std::string& env = "") {
   std::string command = "cd " + quoted(dir.path().string()) + " && " + env + " " + quoted(VARSENTIX_CLI);
   for (const auto& arg : args) command += " " + quoted(arg);
   command += " >stdout.txt 2>stderr.txt </dev/null";
-  Run r;
+  Outcome r;
   const int raw = std::system(command.c_str());
   r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
   r.out = readFile(dir.path() / "stdout.txt");
@@ -72,7 +72,7 @@ void expectGolden(const std::string& actual, const std::string& name) {
 TEST(Cli, SamplePairTextReportMatchesTheGoldenFile) {
   TempDir dir;
   makeSamplePair(dir);
-  Run r = run(dir, {"compare", "chinook.sqlite", "chinook-changed.sqlite"});
+  Outcome r = run(dir, {"compare", "chinook.sqlite", "chinook-changed.sqlite"});
   EXPECT_EQ(r.status, 1) << r.err;
   EXPECT_EQ(r.err, "");  // no progress bar and no colour when not on a terminal
   EXPECT_EQ(r.out.find("\x1b["), std::string::npos);
@@ -82,7 +82,7 @@ TEST(Cli, SamplePairTextReportMatchesTheGoldenFile) {
 TEST(Cli, SamplePairJsonReportMatchesTheGoldenFile) {
   TempDir dir;
   makeSamplePair(dir);
-  Run r = run(dir, {"compare", "--format", "json", "chinook.sqlite", "chinook-changed.sqlite"});
+  Outcome r = run(dir, {"compare", "--format", "json", "chinook.sqlite", "chinook-changed.sqlite"});
   EXPECT_EQ(r.status, 1) << r.err;
   expectGolden(r.out, "chinook.json");
 }
@@ -90,7 +90,7 @@ TEST(Cli, SamplePairJsonReportMatchesTheGoldenFile) {
 TEST(Cli, IdenticalDatabasesExitZero) {
   TempDir dir;
   makeSamplePair(dir);
-  Run r = run(dir, {"compare", "chinook.sqlite", "chinook.sqlite"});
+  Outcome r = run(dir, {"compare", "chinook.sqlite", "chinook.sqlite"});
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find("No differences: 0 tables, 0 fields, 0 records"), std::string::npos) << r.out;
 }
@@ -98,14 +98,14 @@ TEST(Cli, IdenticalDatabasesExitZero) {
 TEST(Cli, SchemaOnlyAndOneTable) {
   TempDir dir;
   makeSamplePair(dir);
-  Run schema = run(dir, {"compare", "--schema-only", "chinook.sqlite", "chinook-changed.sqlite"});
+  Outcome schema = run(dir, {"compare", "--schema-only", "chinook.sqlite", "chinook-changed.sqlite"});
   EXPECT_EQ(schema.status, 1);
   EXPECT_EQ(schema.out.find("Records"), std::string::npos);
-  Run one = run(dir, {"compare", "--table", "Genre", "chinook.sqlite", "chinook-changed.sqlite"});
+  Outcome one = run(dir, {"compare", "--table", "Genre", "chinook.sqlite", "chinook-changed.sqlite"});
   EXPECT_EQ(one.status, 1) << one.err;
   EXPECT_NE(one.out.find("Genre: 1 only in Original, 0 only in Modified"), std::string::npos) << one.out;
   EXPECT_NE(one.out.find("GenreId='25' Name='Opera'"), std::string::npos) << one.out;
-  Run fields = run(dir, {"compare", "--table", "Album", "--fields", "AlbumId", "chinook.sqlite", "chinook-changed.sqlite"});
+  Outcome fields = run(dir, {"compare", "--table", "Album", "--fields", "AlbumId", "chinook.sqlite", "chinook-changed.sqlite"});
   EXPECT_EQ(fields.status, 0) << fields.out << fields.err;  // the edited title is not compared
 }
 
@@ -128,7 +128,7 @@ TEST(Cli, ColourOnlyOnATerminalAndNeverWithNoColor) {
 TEST(Cli, MissingFileIsTroubleNamingTheFile) {
   TempDir dir;
   makeSamplePair(dir);
-  Run r = run(dir, {"compare", "chinook.sqlite", "no-such.sqlite"});
+  Outcome r = run(dir, {"compare", "chinook.sqlite", "no-such.sqlite"});
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.err, "varsentix: no such file: no-such.sqlite\n");
   EXPECT_EQ(r.out, "");
@@ -138,7 +138,7 @@ TEST(Cli, NonDatabaseFileIsTrouble) {
   TempDir dir;
   makeSamplePair(dir);
   std::ofstream(dir.path() / "notes.txt") << "just some text\n";
-  Run r = run(dir, {"compare", "notes.txt", "chinook.sqlite"});
+  Outcome r = run(dir, {"compare", "notes.txt", "chinook.sqlite"});
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.err, "varsentix: notes.txt is not a SQLite or Access database\n");
 }
@@ -149,7 +149,7 @@ TEST(Cli, CorruptSqliteFileIsTroubleWithTheEnginesWords) {
   std::string header = "SQLite format 3";
   header.push_back('\0');
   std::ofstream(dir.path() / "broken.db", std::ios::binary) << header << std::string(200, 'x');
-  Run r = run(dir, {"compare", "chinook.sqlite", "broken.db"});
+  Outcome r = run(dir, {"compare", "chinook.sqlite", "broken.db"});
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.err.rfind("varsentix: Modified side (broken.db): ", 0), 0u) << r.err;
 }
@@ -157,7 +157,7 @@ TEST(Cli, CorruptSqliteFileIsTroubleWithTheEnginesWords) {
 TEST(Cli, UnknownDataSourceIsTroubleNamingTheSide) {
   TempDir dir;
   makeSamplePair(dir);
-  Run r = run(dir, {"compare", "DSN=varsentix_no_such_source", "chinook.sqlite"});
+  Outcome r = run(dir, {"compare", "DSN=varsentix_no_such_source", "chinook.sqlite"});
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.err.rfind("varsentix: Original side (DSN=varsentix_no_such_source): ", 0), 0u) << r.err;
   EXPECT_EQ(r.err.find('\n'), r.err.size() - 1) << "one line: " << r.err;
@@ -169,7 +169,7 @@ TEST(Cli, BadUsageIsTrouble) {
   EXPECT_EQ(run(dir, {"compare", "only-one"}).status, 2);
   EXPECT_EQ(run(dir, {"compare", "--bogus", "a", "b"}).status, 2);
   EXPECT_EQ(run(dir, {"frobnicate"}).status, 2);
-  Run limit = run(dir, {"compare", "--limit", "x", "a", "b"});
+  Outcome limit = run(dir, {"compare", "--limit", "x", "a", "b"});
   EXPECT_EQ(limit.status, 2);
   EXPECT_EQ(limit.err, "varsentix: --limit takes a whole number, not x\n");
 }
@@ -178,11 +178,11 @@ TEST(Cli, HelpForEveryCommandAndTheManualMatchesIt) {
   TempDir dir;
   for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
            {"--help"}, {"compare", "--help"}, {"sources", "--help"}, {"help", "compare"}}) {
-    Run r = run(dir, args);
+    Outcome r = run(dir, args);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out.rfind("Usage: varsentix", 0), 0u) << r.out;
   }
-  Run manual = run(dir, {"help", "--markdown"});
+  Outcome manual = run(dir, {"help", "--markdown"});
   EXPECT_EQ(manual.out, readFile(kSourceDir / "docs" / "cli.md"))
       << "docs/cli.md is out of date: regenerate it with varsentix help --markdown > docs/cli.md";
 }
@@ -191,7 +191,7 @@ TEST(Cli, SourcesListsTheMachinesDataSources) {
   TempDir dir;
   std::ofstream(dir.path() / "odbcinst.ini") << "";
   std::ofstream(dir.path() / "odbc.ini") << "[Stock]\nDriver=Made Up Driver\n";
-  Run r = run(dir, {"sources"}, "ODBCSYSINI=" + quoted(dir.path().string()));
+  Outcome r = run(dir, {"sources"}, "ODBCSYSINI=" + quoted(dir.path().string()));
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "Stock\tMade Up Driver\n");
 }

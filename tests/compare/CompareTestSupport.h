@@ -2,6 +2,8 @@
 // Helpers for tests that drive the public control as a host does.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include <string>
 #include <vector>
 

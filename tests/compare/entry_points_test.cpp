@@ -171,13 +171,12 @@ TEST(FieldListCompare, RowsOnlyOnTheMasterSideSetTheMasterOnlyFlag) {
   VARSENTIX_TEST_DATABASE(master, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(source, Engine::SQLite);
   for (auto* db : {master.get(), source.get()}) db->exec("CREATE TABLE t (id INTEGER PRIMARY KEY, v TEXT)");
-  master->exec("INSERT INTO t VALUES (1, 'a')");
+  master->exec("INSERT INTO t VALUES (1, 'a'), (2, 'b')");
   source->exec("INSERT INTO t VALUES (1, 'a')");
   Varsenti control;
-  // The same record on both sides: no value rows, and the source keeps only its field rows.
+  // The source's one record is found on the master side, so its emptied results stay empty.
   auto m = preparedSide(master->connectionString(), "t");
   auto s = preparedSide(source->connectionString(), "t");
-  source->exec("DELETE FROM t");
   int yields = 0;
   ui::setDoEventsHook([&] { ++yields; });
   EXPECT_TRUE(control.beginTableCompareFromFieldListFromDBManager(m, s));
@@ -188,15 +187,24 @@ TEST(FieldListCompare, RowsOnlyOnTheMasterSideSetTheMasterOnlyFlag) {
   EXPECT_TRUE(control.getMasterDataManager() == m);
 }
 
-TEST(FieldListCompare, FreshManagersWithoutAConnectionCompareNothing) {
+TEST(FieldListCompare, FreshManagersWithoutAConnectionCompareNoRecords) {
   VARSENTIX_TEST_DATABASE(master, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(source, Engine::SQLite);
   for (auto* db : {master.get(), source.get()}) db->exec("CREATE TABLE t (id INTEGER PRIMARY KEY)");
   master->exec("INSERT INTO t VALUES (1)");
   Varsenti control;
-  EXPECT_FALSE(control.beginTableCompareFromFieldList(master->connectionString(), source->connectionString(), "t",
-                                                      "TABLE", vb::Variant("*")));
+  // The managers are never connected: their queries fail, and each side lists only the trailing
+  // row of its table, so "both sides have rows" holds while no record was compared.
+  EXPECT_TRUE(control.beginTableCompareFromFieldList(master->connectionString(), source->connectionString(), "t",
+                                                     "TABLE", vb::Variant("*")));
   EXPECT_EQ(control.getMasterDataManager()->getFieldList(), "*");  // the fresh managers became the control's
+  for (bool isMaster : {true, false}) {
+    ASSERT_EQ(control.getResultCount(isMaster), 1);
+    EXPECT_EQ(control.getResultFieldName(1, isMaster), "");
+    EXPECT_FALSE(control.getResultIsDataValue(1, isMaster));
+  }
+  EXPECT_NE(control.getErrorLogs(true).find(" #3 Error occured when attempting to open table using the following SQL"),
+            std::string::npos);
 }
 
 TEST(CheckFieldLength, EqualDefinedSizesOfDifferentTypesAreEqual) {

@@ -11,6 +11,7 @@
 #include "support/TempDir.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/dbside/clsDBManager.h"
+#include "varsentix/platform/vb/Conversions.h"
 
 namespace varsentix::testing {
 

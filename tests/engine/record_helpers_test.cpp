@@ -105,13 +105,16 @@ TEST_P(ForeignKeyDetails, AReferencedTableReportsTheFirstForeignKeyOnly) {
 
 INSTANTIATE_TEST_SUITE_P(Engines, ForeignKeyDetails, ::testing::ValuesIn(allEngines()), EngineParamName());
 
-TEST(ForeignKeyDetailsSqlite, UnnamedKeyGivesTheNoForeignKeyTextForItsNames) {
+TEST(SchemaFieldText, NullOrEmptyTextGivesTheNoForeignKeyTextWhicheverColumn) {
   VARSENTIX_TEST_DATABASE(db, Engine::SQLite);
-  db->exec("CREATE TABLE parent (id INTEGER PRIMARY KEY)");
-  db->exec("CREATE TABLE child (id INTEGER PRIMARY KEY, parent_id INTEGER REFERENCES parent (id))");
-  auto row = detailsOf(db->connectionString(), "parent");
-  EXPECT_EQ(row->getFKeyColumnName(), "parent_id");
-  EXPECT_EQ(row->getPKeyName(), "No Foreign(s) key Defined");  // SQLite keys have no PK_NAME
+  auto cn = vb::Ref<ado::Connection>::make();
+  cn->Open(db->connectionString());
+  auto keys = vb::Ref<ado::Recordset>::make();
+  keys->Open("select NULL as PK_NAME, '' as FK_NAME, 'fk_x' as FK_COLUMN_NAME", cn);
+  EXPECT_EQ(ModADO::getSchemaFieldText(keys, "PK_NAME"), "No Foreign(s) key Defined");
+  EXPECT_EQ(ModADO::getSchemaFieldText(keys, "FK_NAME"), "No Foreign(s) key Defined");
+  EXPECT_EQ(ModADO::getSchemaFieldText(keys, "FK_COLUMN_NAME"), "fk_x");
+  EXPECT_EQ(ModADO::getSchemaFieldText(keys, "NO_SUCH_COLUMN"), "");
 }
 
 TEST(SchemaFieldText, AFailedReadGivesTheEmptyText) {
