@@ -1,3 +1,5 @@
 #pragma once
 // Data sources and connections: data-source list, connection strings, type names, helpers.
+#include "varsentix/datasource/ModDNS.h"
+#include "varsentix/datasource/modRegFunctions.h"
 #include "varsentix/datasource/modUtility.h"

@@ -1,3 +1,5 @@
 target_sources(varsentix PRIVATE
   datasource/modUtility.cpp
+  datasource/ModDNS.cpp
+  datasource/modRegFunctions.cpp
 )
