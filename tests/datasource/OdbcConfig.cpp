@@ -22,13 +22,13 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
 }
 
 // Every driver is a real library from the Debian packages libsqliteodbc, odbc-postgresql,
-// odbc-mariadb and odbc-mdbtools.
+// odbc-mariadb and (for the Access name, when installed) odbc-mdbtools.
 std::string odbcinstText() {
   const std::vector<DataSource> drivers = {
       {kSQLiteDriver, "", {{"Description", "SQLite3 ODBC Driver"}, {"Driver", VARSENTIX_SQLITE_ODBC_DRIVER}}},
       {kPostgreSQLDriver, "", {{"Description", "PostgreSQL ODBC driver (Unicode version)"}, {"Driver", VARSENTIX_POSTGRESQL_ODBC_DRIVER}}},
       {kMariaDBDriver, "", {{"Description", "MariaDB Connector/ODBC(Unicode)"}, {"Driver", VARSENTIX_MARIADB_ODBC_DRIVER}}},
-      {kAccessDriver, "", {{"Description", "MDB Tools ODBC driver"}, {"Driver", VARSENTIX_MDBTOOLS_ODBC_DRIVER}}},
+      {kAccessDriver, "", {{"Description", "Access files"}, {"Driver", VARSENTIX_ACCESS_ODBC_DRIVER}}},
       {kShortDriver, "", {{"Driver", VARSENTIX_SQLITE_ODBC_DRIVER}}},
       {kLongerDriver, "", {{"Driver", VARSENTIX_POSTGRESQL_ODBC_DRIVER}}},
   };
