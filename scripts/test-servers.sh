@@ -100,9 +100,16 @@ start_postgres() {
     start >&2 9>&- || die "PostgreSQL did not start, see $PG_DIR/server.log"
   echo "$port" > "$PG_DIR/port"
   as_owner "$PG_OWNER" psql -h "$PG_DIR" -p "$port" -U postgres -d postgres -v ON_ERROR_STOP=1 -q \
-    -c "CREATE ROLE $TEST_USER LOGIN CREATEDB PASSWORD '$TEST_PASSWORD'" \
-    -c "CREATE DATABASE $TEST_USER OWNER $TEST_USER" >&2  # the driver's default database
+    -c "CREATE ROLE $TEST_USER LOGIN CREATEDB PASSWORD '$TEST_PASSWORD'" >&2
   say "PostgreSQL listening on 127.0.0.1:$port"
+}
+
+# The role's own database, which the driver connects to when no Database is named.
+ensure_pg_default_database() {
+  local port; port=$(cat "$PG_DIR/port")
+  echo "SELECT 'CREATE DATABASE $TEST_USER OWNER $TEST_USER' WHERE NOT EXISTS
+          (SELECT 1 FROM pg_database WHERE datname = '$TEST_USER') \gexec" |
+    as_owner "$PG_OWNER" psql -h "$PG_DIR" -p "$port" -U postgres -d postgres -v ON_ERROR_STOP=1 -q -X >&2 9>&-
 }
 
 my_running() {
@@ -196,6 +203,7 @@ exec 9>"$SESSION_DIR/.lock"
 flock 9
 write_odbc_ini
 start_postgres
+ensure_pg_default_database
 start_mariadb
 
 PG_PORT=$(cat "$PG_DIR/port"); MY_PORT=$(cat "$MY_DIR/port")

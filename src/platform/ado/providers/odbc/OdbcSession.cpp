@@ -156,7 +156,9 @@ class OdbcSession final : public ProviderSession {
   const odbc::OdbcApi& api() const { return api_; }
   bool wide() const { return wide_; }
   Dbms dbms() const { return dbms_; }
-  [[noreturn]] void raise(SQLSMALLINT handleType, SQLHANDLE handle, const std::string& context) const;
+  // Raises the handle's first diagnostic record as VBError; number 0 picks it by SQLSTATE.
+  [[noreturn]] void raise(SQLSMALLINT handleType, SQLHANDLE handle, const std::string& context,
+                          int32_t number = 0) const;
   void check(SQLRETURN rc, SQLSMALLINT handleType, SQLHANDLE handle,
              const std::string& context = "") const {
     if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) raise(handleType, handle, context);
@@ -568,7 +570,7 @@ void OdbcSession::connect(const ConnectionString& connection, const std::string&
   Dbms guessed = guessDbms(connection);
   wide_ = guessed != Dbms::SQLite;
   std::string text = odbcConnectionString(connection, userID, password, guessed);
-  if (!SQL_SUCCEEDED(driverConnect(text))) raise(SQL_HANDLE_DBC, dbc_, "");
+  if (!SQL_SUCCEEDED(driverConnect(text))) raise(SQL_HANDLE_DBC, dbc_, "", vb::errnum::ProviderError);
   bool wasWide = wide_;
   detect();
   // A DSN (or an unexpected driver) that needs other options, or a narrow driver reached through
@@ -581,12 +583,13 @@ void OdbcSession::connect(const ConnectionString& connection, const std::string&
     disconnect();
     text = odbcConnectionString(connection, userID, password, found);
     wide_ = wide;
-    if (!SQL_SUCCEEDED(driverConnect(text))) raise(SQL_HANDLE_DBC, dbc_, "");
+    if (!SQL_SUCCEEDED(driverConnect(text))) raise(SQL_HANDLE_DBC, dbc_, "", vb::errnum::ProviderError);
     detect();
   }
 }
 
-void OdbcSession::raise(SQLSMALLINT handleType, SQLHANDLE handle, const std::string& context) const {
+void OdbcSession::raise(SQLSMALLINT handleType, SQLHANDLE handle, const std::string& context,
+                        int32_t number) const {
   std::string state, message;
   SQLINTEGER native = 0;
   if (handle != SQL_NULL_HANDLE) {
@@ -613,7 +616,7 @@ void OdbcSession::raise(SQLSMALLINT handleType, SQLHANDLE handle, const std::str
   while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
   if (message.empty()) message = "The ODBC driver reported a failure without a message.";
   if (!context.empty()) message += " (" + context + ")";
-  throw vb::VBError(numberFor(state, message), message, kSource)
+  throw vb::VBError(number != 0 ? number : numberFor(state, message), message, kSource)
       .withDriverDetail(state.empty() ? "HY000" : state, native);
 }
 
