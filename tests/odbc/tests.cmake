@@ -4,4 +4,5 @@ varsentix_add_suite(varsentix_odbc_tests
   odbc/odbc_provider_test.cpp
   odbc/odbc_schema_test.cpp
   odbc/odbc_connection_test.cpp
+  odbc/odbc_chinook_test.cpp
 )
