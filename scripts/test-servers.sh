@@ -5,9 +5,10 @@
 #   eval "$(scripts/test-servers.sh)"          start (or reuse) the servers, export the settings
 #   scripts/test-servers.sh stop               stop the servers and remove the session folder
 #
-# The session folder ($VARSENTIX_SERVERS_DIR, default ${TMPDIR:-/tmp}/varsentix-servers-<uid>)
-# holds the data directories, sockets, logs, odbcinst.ini/odbc.ini and env.sh. A second call
-# with the same folder reuses the servers that are still running.
+# The session folder ($VARSENTIX_SERVERS_DIR, default ${TMPDIR:-/tmp}/varsentix-servers-<uid>-<id
+# of this checkout>) holds the data directories, sockets, logs, odbcinst.ini/odbc.ini and env.sh.
+# A second call with the same folder reuses the servers that are still running; checkouts side by
+# side get servers of their own, so that one stopping its servers never disturbs another.
 #
 # Prints export lines for:
 #   ODBCSYSINI              the folder with odbcinst.ini ("SQLite3", "PostgreSQL Unicode",
@@ -28,7 +29,8 @@ TEST_PASSWORD=varsentix-test
 say() { echo "test-servers: $*" >&2; }
 die() { say "$*"; exit 1; }
 
-SESSION_DIR="${VARSENTIX_SERVERS_DIR:-${TMPDIR:-/tmp}/varsentix-servers-$(id -u)}"
+CHECKOUT_ID=$(cd "$(dirname "$0")/.." && pwd | md5sum | cut -c1-8)
+SESSION_DIR="${VARSENTIX_SERVERS_DIR:-${TMPDIR:-/tmp}/varsentix-servers-$(id -u)-$CHECKOUT_ID}"
 PG_DIR="$SESSION_DIR/pg"
 MY_DIR="$SESSION_DIR/mariadb"
 ODBC_DIR="$SESSION_DIR/odbc"
