@@ -187,6 +187,8 @@ TEST_P(OdbcProviderTest, LongTextAndBinaryArriveWholeInPieces) {
   EXPECT_EQ(memo.substr(0, 4), "éß");
   EXPECT_EQ(memo.substr(memo.size() - 4), "éß");
   EXPECT_EQ(rs->field("memo").ActualSize(), 200000);
+  EXPECT_EQ(rs->field("memo").Type(),
+            engine() == Engine::SQLiteOdbc ? ado::adLongVarChar : ado::adLongVarWChar);
   EXPECT_EQ(rs->field("data").Value().asBytes().size(), 100000u);
   EXPECT_EQ(rs->field("data").Type(),
             engine() == Engine::SQLiteOdbc ? ado::adBinary : ado::adLongVarBinary);
@@ -409,6 +411,36 @@ TEST_P(OdbcProviderTest, UpdateThatWouldTouchTwoRowsIsRolledBack) {
   connection->Execute("INSERT INTO [twin] VALUES ('other', 3)", &affected);
   EXPECT_EQ(affected, 1);
   EXPECT_EQ(db->scalar("SELECT COUNT(*) FROM twin"), "3");
+}
+
+TEST_P(OdbcProviderTest, WritesWhileAWalkIsUnderWayLeaveTheWalkWhole) {
+  VARSENTIX_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE big (id INTEGER PRIMARY KEY, v INTEGER)");
+  // More rows than the PostgreSQL driver fetches in one block: its server cursor stays open.
+  std::string values;
+  for (int i = 1; i <= 2500; ++i) values += (values.empty() ? "(" : ", (") + std::to_string(i) + ", 0)";
+  db->exec("INSERT INTO big VALUES " + values);
+  auto connection = open(*db);
+  auto walk = openRs(connection, "SELECT id FROM [big] ORDER BY [id]");
+  int rows = 0;
+  for (; !walk->isEOF() && rows < 10; walk->MoveNext()) ++rows;
+  // A write through another record set and a statement, each committed, mid-walk.
+  auto edit = openRs(connection, "SELECT * FROM [big] WHERE [id] = 2000", ado::adCmdText,
+                     ado::adLockOptimistic);
+  edit->field("v").setValue(int32_t{7});
+  edit->Update();
+  int32_t affected = 0;
+  connection->Execute("UPDATE [big] SET [v] = 8 WHERE [id] = 2001", &affected);
+  EXPECT_EQ(affected, 1);
+  int64_t lastId = 0;
+  for (; !walk->isEOF(); walk->MoveNext()) {
+    ++rows;
+    lastId = walk->field("id").Value().toInt64();
+  }
+  EXPECT_EQ(rows, 2500);
+  EXPECT_EQ(lastId, 2500);
+  EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2000"), "7");
+  EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2001"), "8");
 }
 
 INSTANTIATE_TEST_SUITE_P(Odbc, OdbcProviderTest, ::testing::ValuesIn(odbcEngines()),
