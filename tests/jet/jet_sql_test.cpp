@@ -123,6 +123,18 @@ TEST_F(NwindQueries, DateLiteralsMatchStoredDates) {
             value("SELECT count(*) FROM Orders WHERE OrderDate LIKE '1995-%'"));
 }
 
+TEST_F(NwindQueries, DateTextComparesAsADate) {
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16 00:00:00'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE '1994-11-16T00:00:00' = OrderDate"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16 00:00:00.000'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate > '1996-06-04'"),
+            value("SELECT count(*) FROM Orders WHERE OrderDate >= #6/5/1996#"));
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate < '1994-08-05'"), "1");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16 00:00:01'"), "0");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate IN (SELECT OrderDate FROM Orders WHERE OrderID = 10330)"), "2");
+}
+
 TEST_F(NwindQueries, LikeIgnoresCase) {
   EXPECT_EQ(value("SELECT count(*) FROM [Customers] WHERE [CompanyName] LIKE 'alfreds%'"), "1");
   EXPECT_EQ(value("SELECT count(*) FROM [Customers] WHERE [CompanyName] LIKE 'ALFREDS F_TTERKISTE'"), "1");
