@@ -155,6 +155,21 @@ TEST_F(NwindQueries, CurrencyComparesAsANumber) {
   EXPECT_EQ(value("SELECT count(*) FROM Products WHERE UnitPrice > 100"), "2");
 }
 
+TEST_F(NwindQueries, SinglesCompareAsTheNumbersAccessShows) {
+  EXPECT_EQ(value("SELECT Discount FROM [Order Details] WHERE OrderID = 10250 AND ProductID = 51"), "0.15");
+  EXPECT_EQ(value("SELECT count(*) FROM [Order Details] WHERE OrderID = 10250 AND Discount = 0.15"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM [Order Details] WHERE OrderID = 10250 AND Discount LIKE 0.15"), "2");
+}
+
+TEST_F(NwindQueries, WhereClauseOfLikeConditionsFindsItsRecord) {
+  // The form the record comparison writes: the first condition with =, the later ones LIKE.
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] Where OrderID = 10331 AND CustomerID LIKE 'BONAP'"
+                  " AND OrderDate LIKE #1994-11-16 00:00:00# AND Freight LIKE '10.19'"
+                  " AND ShipName LIKE 'Bon app''' AND ShipVia LIKE 1"),
+            "1");
+  EXPECT_EQ(value("SELECT count(*) FROM [Products] Where ProductID = 5 AND Discontinued LIKE True"), "1");
+}
+
 TEST_F(NwindQueries, BracketedNamesWithBlanksAndUmlauts) {
   EXPECT_EQ(value("SELECT count(*) FROM [Order Details] WHERE [OrderID] = 10330"), "2");
   EXPECT_EQ(value("SELECT count(*) FROM [Ums\xC3\xA4tze]"), "830");

@@ -3,6 +3,8 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cstdlib>
 #include <cstdio>
 #include <initializer_list>
 
@@ -55,6 +57,14 @@ std::string insertSql(const JetTable& table) {
   return sql + ")";
 }
 
+double singleAsDouble(float value) {
+  char text[32];
+  auto [end, error] = std::to_chars(text, text + sizeof text, value);
+  if (error != std::errc()) return value;
+  *end = '\0';
+  return std::strtod(text, nullptr);
+}
+
 void bindValue(sqlite3_stmt* statement, int index, const vb::Variant& value) {
   switch (value.type()) {
     case vb::VarType::Empty:
@@ -63,6 +73,10 @@ void bindValue(sqlite3_stmt* statement, int index, const vb::Variant& value) {
     case vb::VarType::Integer:
     case vb::VarType::Long: sqlite3_bind_int(statement, index, value.toInt32()); break;
     case vb::VarType::Single:
+      // The double nearest the Single's shortest text (0.15f is stored as 0.15), so that it
+      // compares with and reads as the number Access shows.
+      sqlite3_bind_double(statement, index, singleAsDouble(static_cast<float>(value.toDouble())));
+      break;
     case vb::VarType::Double: sqlite3_bind_double(statement, index, value.toDouble()); break;
     case vb::VarType::Currency:
       // The nearest double to the exact amount; exact for amounts below 900 billion.
