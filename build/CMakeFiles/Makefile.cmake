@@ -7,37 +7,21 @@ set(CMAKE_DEPENDS_GENERATOR "Unix Makefiles")
 # The top level Makefile was generated from the following files:
 set(CMAKE_MAKEFILE_DEPENDS
   "CMakeCache.txt"
-  "/usr/lib/x86_64-linux-gnu/cmake/GTest/GMockTargets-none.cmake"
-  "/usr/lib/x86_64-linux-gnu/cmake/GTest/GMockTargets.cmake"
-  "/usr/lib/x86_64-linux-gnu/cmake/GTest/GTestConfig.cmake"
-  "/usr/lib/x86_64-linux-gnu/cmake/GTest/GTestConfigVersion.cmake"
-  "/usr/lib/x86_64-linux-gnu/cmake/GTest/GTestTargets-none.cmake"
-  "/usr/lib/x86_64-linux-gnu/cmake/GTest/GTestTargets.cmake"
   "/usr/share/cmake-3.25/Modules/BasicConfigVersion-SameMajorVersion.cmake.in"
   "/usr/share/cmake-3.25/Modules/CMakeCInformation.cmake"
   "/usr/share/cmake-3.25/Modules/CMakeCXXInformation.cmake"
   "/usr/share/cmake-3.25/Modules/CMakeCommonLanguageInclude.cmake"
-  "/usr/share/cmake-3.25/Modules/CMakeFindDependencyMacro.cmake"
   "/usr/share/cmake-3.25/Modules/CMakeGenericSystem.cmake"
   "/usr/share/cmake-3.25/Modules/CMakeInitializeConfigs.cmake"
   "/usr/share/cmake-3.25/Modules/CMakeLanguageInformation.cmake"
   "/usr/share/cmake-3.25/Modules/CMakePackageConfigHelpers.cmake"
   "/usr/share/cmake-3.25/Modules/CMakeSystemSpecificInformation.cmake"
   "/usr/share/cmake-3.25/Modules/CMakeSystemSpecificInitialize.cmake"
-  "/usr/share/cmake-3.25/Modules/CheckCSourceCompiles.cmake"
-  "/usr/share/cmake-3.25/Modules/CheckIncludeFile.cmake"
-  "/usr/share/cmake-3.25/Modules/CheckLibraryExists.cmake"
   "/usr/share/cmake-3.25/Modules/Compiler/CMakeCommonCompilerMacros.cmake"
   "/usr/share/cmake-3.25/Modules/Compiler/GNU-C.cmake"
   "/usr/share/cmake-3.25/Modules/Compiler/GNU-CXX.cmake"
   "/usr/share/cmake-3.25/Modules/Compiler/GNU.cmake"
-  "/usr/share/cmake-3.25/Modules/FindGTest.cmake"
-  "/usr/share/cmake-3.25/Modules/FindPackageHandleStandardArgs.cmake"
-  "/usr/share/cmake-3.25/Modules/FindPackageMessage.cmake"
-  "/usr/share/cmake-3.25/Modules/FindThreads.cmake"
   "/usr/share/cmake-3.25/Modules/GNUInstallDirs.cmake"
-  "/usr/share/cmake-3.25/Modules/GoogleTest.cmake"
-  "/usr/share/cmake-3.25/Modules/Internal/CheckSourceCompiles.cmake"
   "/usr/share/cmake-3.25/Modules/Platform/Linux-GNU-C.cmake"
   "/usr/share/cmake-3.25/Modules/Platform/Linux-GNU-CXX.cmake"
   "/usr/share/cmake-3.25/Modules/Platform/Linux-GNU.cmake"
@@ -57,9 +41,6 @@ set(CMAKE_MAKEFILE_DEPENDS
   "/work/main/src/platform/odbc/sources.cmake"
   "/work/main/src/platform/sources.cmake"
   "/work/main/src/results/sources.cmake"
-  "/work/main/tests/CMakeLists.txt"
-  "/work/main/tests/support/sources.cmake"
-  "/work/main/tests/unit/tests.cmake"
   )
 
 # The corresponding makefile is:
@@ -75,13 +56,10 @@ set(CMAKE_MAKEFILE_PRODUCTS
   "CMakeFiles/CMakeDirectoryInformation.cmake"
   "src/CMakeFiles/CMakeDirectoryInformation.cmake"
   "src/cli/CMakeFiles/CMakeDirectoryInformation.cmake"
-  "tests/CMakeFiles/CMakeDirectoryInformation.cmake"
   )
 
 # Dependency information for all targets:
 set(CMAKE_DEPEND_INFO_FILES
   "src/CMakeFiles/varsentix.dir/DependInfo.cmake"
   "src/cli/CMakeFiles/varsentix_cli.dir/DependInfo.cmake"
-  "tests/CMakeFiles/varsentix_test_support.dir/DependInfo.cmake"
-  "tests/CMakeFiles/varsentix_unit_tests.dir/DependInfo.cmake"
   )

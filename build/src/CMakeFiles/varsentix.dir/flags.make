@@ -6,5 +6,5 @@ CXX_DEFINES = -DVARSENTIX_VERSION=\"0.1.0\" -Dvarsentix_EXPORTS
 
 CXX_INCLUDES = -I/work/main/include -I/work/main/src
 
-CXX_FLAGS = -O2 -g -DNDEBUG -fPIC -Wall -Wextra -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined -std=c++20
+CXX_FLAGS = -O3 -DNDEBUG -fPIC -Wall -Wextra -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined -std=c++20
 

@@ -6,5 +6,5 @@ CXX_DEFINES =
 
 CXX_INCLUDES = -I/work/main/include
 
-CXX_FLAGS = -O2 -g -DNDEBUG -fPIE -Wall -Wextra -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined -std=c++20
+CXX_FLAGS = -O3 -DNDEBUG -fPIE -Wall -Wextra -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined -std=c++20
 
