@@ -272,6 +272,26 @@ TEST(JetLoader, FileThatIsNoAccessDatabaseIsRefused) {
   EXPECT_THROW(loadAccessFile(sqlite, ""), vb::VBError);
 }
 
+TEST(JetLoader, EmptyFileAndFolderAreRefused) {
+  TempDir dir;
+  std::string empty = dir.file("empty.mdb");
+  std::ofstream(empty).close();
+  try {
+    loadAccessFile(empty, "");
+    FAIL() << "no error";
+  } catch (const vb::VBError& e) {
+    EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+    EXPECT_EQ(e.description(), "Unrecognized database format '" + empty + "'.");
+  }
+  try {
+    loadAccessFile(dir.path().string(), "");
+    FAIL() << "no error";
+  } catch (const vb::VBError& e) {
+    EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+    EXPECT_EQ(e.description(), "Could not find file '" + dir.path().string() + "'.");
+  }
+}
+
 TEST(JetLoader, TruncatedFileFailsWithAnError) {
   TempDir dir;
   auto bytes = fileBytes((varsentix::testing::sharedDataDir() / "nwind.mdb").string());

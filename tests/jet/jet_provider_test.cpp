@@ -302,6 +302,16 @@ TEST(JetProviderOpen, MissingFileFailsNamingIt) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
+TEST(JetProviderOpen, PathWithBlanksAndUmlautsInQuotes) {
+  TempDir dir;
+  std::filesystem::create_directory(dir.path() / "Daten f\xC3\xBCr; Tests");
+  std::string path = (dir.path() / "Daten f\xC3\xBCr; Tests" / "Nord wind.mdb").string();
+  std::filesystem::copy_file(varsentix::testing::sharedDataDir() / "nwind.mdb", path);
+  auto connection = vb::Ref<Connection>::make();
+  connection->Open("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\"" + path + "\";Persist Security Info=False");
+  EXPECT_EQ(firstValue(connection, "SELECT count(*) FROM [Shippers]"), "3");
+}
+
 TEST(JetProviderOpen, ConnectionStringWithoutDataSourceFails) {
   auto connection = vb::Ref<Connection>::make();
   vb::VBError e = errorOf([&] { connection->Open("Provider=Microsoft.Jet.OLEDB.4.0"); });
