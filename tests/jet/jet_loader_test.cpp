@@ -242,6 +242,11 @@ TEST(JetLoader, ReadsAnAccess2007File) {
   EXPECT_EQ(scalar(db, "SELECT Cost FROM [Asset Items] WHERE [Asset No] = '30050'"), "1995.5");
   EXPECT_EQ(scalar(db, "SELECT Acquired FROM [Asset Items] WHERE [Asset No] = '30050'"), "1997-09-02 00:00:00");
   EXPECT_EQ(loaded.catalog.findTable("Asset Items")->primaryKey, std::vector<std::string>{"Asset No"});
+  // Access's templates of multi-valued fields: Decimal (precision 18, scale 0) and GUID.
+  EXPECT_EQ(scalar(db, "SELECT type FROM pragma_table_info('MSysComplexType_Decimal') WHERE name = 'Value'"),
+            "DECIMAL(18,0)");
+  EXPECT_EQ(scalar(db, "SELECT type FROM pragma_table_info('MSysComplexType_GUID') WHERE name = 'Value'"),
+            "GUID");
 }
 
 TEST(JetLoader, MissingFileNamesTheFile) {
