@@ -328,10 +328,11 @@ TEST(JetLoader, PasswordProtectedFileNeedsItsPassword) {
   EXPECT_EQ(scalar(loaded.db.get(), "SELECT count(*) FROM Orders"), "830");
 }
 
-TEST(JetLoader, FilesWithoutPasswordOpenWithoutOne) {
+TEST(JetLoader, FilesWithoutPasswordOpenWithOrWithoutOne) {
   TempDir dir;
   EXPECT_NO_THROW(loadAccessFile(copySample(dir, "DateTestDatabase.mdb"), ""));
   EXPECT_NO_THROW(loadAccessFile(copySample(dir, "ASampleDatabase.accdb"), ""));
+  EXPECT_NO_THROW(loadAccessFile(copySample(dir, "nwind.mdb"), "unused"));
 }
 
 TEST(AccessDates, WholeDaysCountFromTheLastDayOf1899) {

@@ -393,7 +393,7 @@ MdbFile::~MdbFile() = default;
 
 std::unique_ptr<MdbFile> MdbFile::open(const std::string& path, const std::string& databasePassword) {
   FileHeader header = readHeader(path);
-  if (header.password != databasePassword)
+  if (!header.password.empty() && header.password != databasePassword)
     raiseProvider("Not a valid password: the Access file '" + path +
                   "' is protected by a database password (Jet OLEDB:Database Password).");
   auto impl = std::make_unique<Impl>();
