@@ -222,7 +222,7 @@ int32_t RecordsetImpl::recordCount() {
   bool server = cursorLocation != adUseClient;
   if (cursorType == adOpenForwardOnly || (server && cursorType == adOpenDynamic)) return -1;
   if (knownCount_ < 0) {
-    if (!countSql_.empty()) {
+    if (!countSql_.empty() && connection_) {
       knownCount_ = connection_->session().countRows(countSql_);
     } else {
       auto counter = reopen_();
