@@ -53,7 +53,14 @@ class LockHolder {
   LockHolder(const std::string& path, const std::string& readyFile, const std::string& seconds) {
     const std::string script = "touch '" + readyFile + "'; sleep " + seconds;
     const char* argv[] = {"flock", "-x", path.c_str(), "-c", script.c_str(), nullptr};
-    if (posix_spawnp(&pid_, "flock", nullptr, nullptr, const_cast<char* const*>(argv), environ) != 0) {
+    // In a process group of its own: flock's shell child inherits the lock, so both must go.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    const int spawned = posix_spawnp(&pid_, "flock", nullptr, &attributes, const_cast<char* const*>(argv), environ);
+    posix_spawnattr_destroy(&attributes);
+    if (spawned != 0) {
       pid_ = -1;
       return;
     }
@@ -73,7 +80,7 @@ class LockHolder {
   }
   void stop() {
     if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
+    kill(-pid_, SIGKILL);
     waitpid(pid_, nullptr, 0);
     pid_ = -1;
   }
