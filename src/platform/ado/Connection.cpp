@@ -1,0 +1,109 @@
+#include "varsentix/platform/ado/Connection.h"
+
+#include <cctype>
+
+#include "platform/ado/ConnectionString.h"
+#include "platform/ado/MemoryCursor.h"
+#include "platform/ado/Provider.h"
+#include "platform/ado/RecordsetImpl.h"
+#include "varsentix/platform/ado/Recordset.h"
+#include "varsentix/platform/vb/Conversions.h"
+#include "varsentix/platform/vb/VBError.h"
+
+namespace varsentix::ado {
+namespace {
+
+// The first word of a statement, lower case, after blanks, comments and opening parentheses.
+std::string firstKeyword(const std::string& sql) {
+  size_t i = 0;
+  while (i < sql.size()) {
+    char c = sql[i];
+    if (std::isspace(static_cast<unsigned char>(c)) || c == '(') {
+      ++i;
+    } else if (sql.compare(i, 2, "--") == 0) {
+      while (i < sql.size() && sql[i] != '\n') ++i;
+    } else if (sql.compare(i, 2, "/*") == 0) {
+      size_t close = sql.find("*/", i + 2);
+      i = close == std::string::npos ? sql.size() : close + 2;
+    } else {
+      break;
+    }
+  }
+  std::string word;
+  while (i < sql.size() && std::isalpha(static_cast<unsigned char>(sql[i]))) word += sql[i++];
+  return vb::LCase(word);
+}
+
+bool returnsRows(const std::string& sql) {
+  std::string word = firstKeyword(sql);
+  return word == "select" || word == "with" || word == "values" || word == "pragma" ||
+         word == "explain" || word == "show" || word == "describe" || word == "table";
+}
+
+}  // namespace
+
+Connection::Connection() = default;
+Connection::~Connection() = default;
+
+void Connection::Open(const std::string& connectionString, const std::string& userID,
+                      const std::string& password, int32_t /*options*/) {
+  if (session_) vb::raiseError(vb::errnum::ObjectOpen);
+  auto parsed = detail::ConnectionString::parse(connectionString);
+  session_ = detail::openSession(parsed, userID, password);
+  connectionString_ = connectionString;
+}
+
+void Connection::Close() {
+  if (!session_) vb::raiseError(vb::errnum::ObjectClosed);
+  session_.reset();
+}
+
+ObjectStateEnum Connection::State() const { return session_ ? adStateOpen : adStateClosed; }
+
+std::string Connection::Provider() const {
+  if (session_) return session_->providerName();
+  auto parsed = detail::ConnectionString::parse(connectionString_);
+  if (auto named = parsed.get("Provider")) return *named;
+  if (parsed.get("DSN") || parsed.get("Driver")) return "MSDASQL";
+  return "SQLite";
+}
+
+detail::ProviderSession& Connection::session() {
+  if (!session_) vb::raiseError(vb::errnum::ObjectClosed);
+  return *session_;
+}
+
+vb::Ref<Recordset> Connection::Execute(const std::string& commandText, int32_t* recordsAffected,
+                                       int32_t options) {
+  detail::ProviderSession& s = session();
+  auto result = vb::Ref<Recordset>::make();
+  if (options != adExecuteNoRecords && returnsRows(commandText)) {
+    auto cursor = s.query(commandText);
+    std::shared_ptr<Connection> self = weak_from_this().lock();  // null for a stack object
+    auto reopen = [this, self, commandText] { return session().query(commandText); };
+    result->impl().openStreaming(self, commandText, std::move(cursor), reopen, commandText, "");
+    if (recordsAffected != nullptr) *recordsAffected = -1;
+    return result;
+  }
+  int64_t affected = s.execute(commandText);
+  if (recordsAffected != nullptr)
+    *recordsAffected = static_cast<int32_t>(std::min<int64_t>(affected, INT32_MAX));
+  return result;
+}
+
+vb::Ref<Recordset> Connection::OpenSchema(SchemaEnum schema,
+                                          const std::vector<vb::Variant>& restrictions) {
+  auto cursor = session().openSchema(schema, restrictions);
+  std::vector<detail::Row> rows;
+  detail::Row row;
+  while (cursor->fetch(row)) rows.push_back(row);
+  auto result = vb::Ref<Recordset>::make();
+  detail::RecordsetImpl& impl = result->impl();
+  impl.cursorType = adOpenStatic;
+  impl.lockType = adLockReadOnly;
+  impl.cursorLocation = adUseClient;
+  impl.openInMemory(nullptr, "", cursor->columns(), std::move(rows), "");
+  return result;
+}
+
+}  // namespace varsentix::ado

@@ -1,0 +1,115 @@
+#pragma once
+// The state behind a Recordset: its rows (streamed from a provider cursor, or held in memory
+// for persisted files, clones and schema rowsets), its position, and its edit buffer.
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/ado/MemoryCursor.h"
+#include "platform/ado/Provider.h"
+#include "varsentix/platform/ado/Connection.h"
+#include "varsentix/platform/ado/Enums.h"
+
+namespace varsentix::ado::detail {
+
+class RecordsetImpl {
+ public:
+  // Makes a fresh cursor over the same rows (the query run again).
+  using Reopen = std::function<std::unique_ptr<RowCursor>()>;
+
+  CursorTypeEnum cursorType = adOpenForwardOnly;
+  LockTypeEnum lockType = adLockReadOnly;
+  CursorLocationEnum cursorLocation = adUseServer;
+
+  // Opens over a provider cursor that streams its rows. countSql counts them on demand
+  // (empty: counted by walking a fresh cursor). baseTable: the table writes go to ("" to take
+  // it from the columns' metadata).
+  void openStreaming(std::shared_ptr<Connection> connection, std::string source,
+                     std::unique_ptr<RowCursor> cursor, Reopen reopen, std::string countSql,
+                     std::string baseTable);
+  // Opens over rows held in memory; connection may be null (writes then stay in memory).
+  void openInMemory(std::shared_ptr<Connection> connection, std::string source,
+                    std::vector<ColumnInfo> columns, std::vector<Row> rows, std::string baseTable);
+  void close();
+  bool isOpen() const { return open_; }
+  const std::string& source() const { return source_; }
+
+  bool isBOF() const;
+  bool isEOF() const;
+  int32_t recordCount();
+  void moveFirst();
+  void moveNext();
+  void movePrevious();
+  void moveLast();
+
+  int32_t fieldCount() const { return open_ ? static_cast<int32_t>(columns_.size()) : 0; }
+  // REQUIRES open. Raises 3265 for an unknown index / name.
+  const ColumnInfo& column(int32_t index) const;
+  int32_t indexOf(const std::string& name) const;
+
+  vb::Variant value(int32_t index) const;
+  vb::Variant originalValue(int32_t index) const;
+  void setValue(int32_t index, const vb::Variant& value);
+
+  void addNew();
+  void update();
+  void cancelUpdate();
+  EditModeEnum editMode() const { return editMode_; }
+
+  // All rows, for Clone: from memory, or by walking a fresh cursor.
+  std::vector<Row> allRows();
+  const std::vector<ColumnInfo>& columns() const { return columns_; }
+  const std::shared_ptr<Connection>& connection() const { return connection_; }
+  const std::string& baseTable() const { return baseTable_; }
+  // Walks every row (a fresh cursor for a streaming record set) without moving the position.
+  void forEachRow(const std::function<void(const Row&)>& visit);
+  // Key columns of the base table, best effort (empty when unknown).
+  std::vector<std::string> keyColumns() const;
+
+ private:
+  void requireOpen() const;
+  void requireCurrent() const;
+  bool goTo(int64_t index);
+  void finishPendingEdit();
+  const Row& currentRow() const;
+  Row& currentRowForWrite();
+  void checkUpdatable() const;
+  bool writesThrough() const;
+  void insertRow();
+  void updateRow();
+  int64_t runWrite(const std::string& sql, const std::vector<vb::Variant>& values,
+                   const std::vector<ColumnInfo>& valueColumns);
+  const ColumnInfo& baseColumnOf(int32_t index) const;
+
+  bool open_ = false;
+  std::string source_;
+  std::shared_ptr<Connection> connection_;
+  std::vector<ColumnInfo> columns_;
+  std::string baseTable_;
+
+  // Streaming rows.
+  bool inMemory_ = false;
+  std::unique_ptr<RowCursor> cursor_;
+  Reopen reopen_;
+  std::string countSql_;
+  int64_t cursorPos_ = -1;      // index of the row last fetched from cursor_
+  bool cursorDone_ = false;
+  bool currentValid_ = false;   // current_ holds the row at cursorPos_
+  Row current_;
+  // Rows in memory.
+  std::vector<Row> rows_;
+
+  // Position: -1 before the first row; rows count (or more) after the last.
+  int64_t pos_ = -1;
+  bool bof_ = true;
+  bool eof_ = true;
+  int64_t knownCount_ = -1;
+
+  EditModeEnum editMode_ = adEditNone;
+  Row editBuffer_;
+  std::vector<bool> assigned_;
+};
+
+}  // namespace varsentix::ado::detail

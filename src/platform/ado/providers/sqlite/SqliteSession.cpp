@@ -1,0 +1,507 @@
+#include "platform/ado/providers/sqlite/SqliteSession.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+
+#include "platform/ado/MemoryCursor.h"
+#include "platform/ado/SchemaRowsets.h"
+#include "platform/ado/TypeInfo.h"
+#include "varsentix/platform/vb/Conversions.h"
+#include "varsentix/platform/vb/VBError.h"
+
+namespace varsentix::ado::detail {
+namespace {
+
+struct StatementDeleter {
+  void operator()(sqlite3_stmt* stmt) const { sqlite3_finalize(stmt); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
+
+// The ADO-like number and an SQLSTATE-like class of an SQLite failure.
+std::pair<int32_t, const char*> classify(int resultCode, const std::string& message) {
+  switch (resultCode & 0xff) {
+    case SQLITE_CONSTRAINT: return {vb::errnum::ProviderIntegrityViolation, "23000"};
+    case SQLITE_READONLY: return {vb::errnum::ProviderReadOnly, "25006"};
+    case SQLITE_CANTOPEN:
+    case SQLITE_NOTADB:
+    case SQLITE_AUTH:
+    case SQLITE_PERM: return {vb::errnum::ProviderError, "08001"};
+    case SQLITE_ERROR:
+      if (message.rfind("no such table", 0) == 0)
+        return {vb::errnum::ProviderNoSuchTable, "42S02"};
+      return {vb::errnum::ProviderSyntaxError, "42000"};
+    default: return {vb::errnum::ProviderError, "HY000"};
+  }
+}
+
+[[noreturn]] void raiseFor(sqlite3* db, int resultCode, const std::string& source) {
+  std::string message = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(resultCode);
+  int extended = db != nullptr ? sqlite3_extended_errcode(db) : resultCode;
+  auto [number, state] = classify(resultCode, message);
+  throw vb::VBError(number, message, source).withDriverDetail(state, extended);
+}
+
+std::string lower(const std::string& text) { return vb::LCase(text); }
+
+// ---- reading values -------------------------------------------------------------------------
+
+vb::Variant fromInteger(sqlite3_int64 v, const ColumnInfo& column) {
+  switch (column.type) {
+    case adBoolean: return v != 0;
+    case adTinyInt:
+    case adUnsignedTinyInt:
+    case adSmallInt:
+      if (v >= INT16_MIN && v <= INT16_MAX) return static_cast<int16_t>(v);
+      return static_cast<int64_t>(v);
+    case adInteger:
+    case adUnsignedSmallInt:
+      if (v >= INT32_MIN && v <= INT32_MAX) return static_cast<int32_t>(v);
+      return static_cast<int64_t>(v);
+    case adDouble: return static_cast<double>(v);
+    case adSingle: return static_cast<float>(v);
+    case adNumeric:
+    case adDecimal:
+    case adVarNumeric: return vb::Decimal{withScale(std::to_string(v), column.numericScale)};
+    case adCurrency:
+      if (v > INT64_MAX / 10000 || v < INT64_MIN / 10000) return static_cast<int64_t>(v);
+      return vb::Currency{v * 10000};
+    default:
+      if (isTextType(column.type)) return std::to_string(v);
+      return static_cast<int64_t>(v);
+  }
+}
+
+vb::Variant fromFloat(double v, const ColumnInfo& column) {
+  switch (column.type) {
+    case adDouble: return v;
+    case adSingle: return static_cast<float>(v);
+    case adBoolean: return v != 0.0;
+    case adNumeric:
+    case adDecimal:
+    case adVarNumeric: {
+      if (column.numericScale == 255 || !std::isfinite(v)) return vb::Decimal{vb::CStr(v)};
+      char buffer[512];
+      std::snprintf(buffer, sizeof buffer, "%.*f", static_cast<int>(column.numericScale), v);
+      return vb::Decimal{withScale(buffer, column.numericScale)};
+    }
+    case adCurrency:
+      if (std::fabs(v) < 9.2e14) return vb::Currency{std::llround(v * 10000.0)};
+      return v;
+    default:
+      if (isTextType(column.type)) return vb::CStr(v);
+      return v;
+  }
+}
+
+vb::Variant fromText(const char* text, int bytes, const ColumnInfo& column) {
+  std::string value(text, static_cast<size_t>(bytes));
+  if (isTextType(column.type) || column.type == adGUID) return value;
+  if (isBinaryType(column.type)) return vb::Bytes(value.begin(), value.end());
+  try {
+    return variantFromText(column.type, value);
+  } catch (const vb::VBError&) {
+    return value;  // SQLite keeps any text in any column: it is shown as it is
+  }
+}
+
+void readValue(sqlite3_stmt* stmt, int i, const ColumnInfo& column, vb::Variant& out) {
+  switch (sqlite3_column_type(stmt, i)) {
+    case SQLITE_NULL: out = vb::Variant::null(); break;
+    case SQLITE_INTEGER: out = fromInteger(sqlite3_column_int64(stmt, i), column); break;
+    case SQLITE_FLOAT: out = fromFloat(sqlite3_column_double(stmt, i), column); break;
+    case SQLITE_TEXT: {
+      const char* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, i));
+      out = fromText(text, sqlite3_column_bytes(stmt, i), column);
+      break;
+    }
+    default: {
+      const auto* data = static_cast<const uint8_t*>(sqlite3_column_blob(stmt, i));
+      int bytes = sqlite3_column_bytes(stmt, i);
+      vb::Bytes value(data, data + bytes);
+      if (isTextType(column.type))
+        out = std::string(value.begin(), value.end());
+      else
+        out = std::move(value);
+    }
+  }
+}
+
+// The type of a computed column (no declared type) from the storage class of its first value.
+ColumnInfo typeOfComputed(int storageClass) {
+  switch (storageClass) {
+    case SQLITE_INTEGER: return sqliteColumnType("BIGINT");
+    case SQLITE_FLOAT: return sqliteColumnType("DOUBLE");
+    case SQLITE_BLOB: return sqliteColumnType("BLOB");
+    default: return sqliteColumnType("");
+  }
+}
+
+// ---- binding --------------------------------------------------------------------------------
+
+int bindText(sqlite3_stmt* stmt, int index, const std::string& text) {
+  return sqlite3_bind_text64(stmt, index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+int bindValue(sqlite3_stmt* stmt, int index, const vb::Variant& value) {
+  switch (value.type()) {
+    case vb::VarType::Empty:
+    case vb::VarType::Null: return sqlite3_bind_null(stmt, index);
+    case vb::VarType::Boolean: return sqlite3_bind_int(stmt, index, value.toBool() ? 1 : 0);
+    case vb::VarType::Integer:
+    case vb::VarType::Long:
+    case vb::VarType::LongLong: return sqlite3_bind_int64(stmt, index, value.toInt64());
+    case vb::VarType::Single:
+    case vb::VarType::Double: return sqlite3_bind_double(stmt, index, value.toDouble());
+    case vb::VarType::Bytes: {
+      const vb::Bytes& bytes = value.asBytes();
+      return sqlite3_bind_blob64(stmt, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+    }
+    default: return bindText(stmt, index, value.toText());  // decimals, currency, dates, text
+  }
+}
+
+}  // namespace
+
+// ---- the cursor -----------------------------------------------------------------------------
+
+class SqliteCursor : public RowCursor {
+ public:
+  SqliteCursor(sqlite3* db, Statement stmt, const SqliteSession& session)
+      : db_(db), stmt_(std::move(stmt)), source_(session.providerName()) {
+    step();
+    describe(session);
+  }
+  const std::vector<ColumnInfo>& columns() const override { return columns_; }
+  bool fetch(std::vector<vb::Variant>& row) override {
+    if (!hasRow_) return false;
+    if (pending_) {
+      pending_ = false;  // the first row was stepped to when the cursor was made
+    } else {
+      step();
+      if (!hasRow_) return false;
+    }
+    row.resize(columns_.size());
+    sqlite3_stmt* stmt = stmt_.get();
+    for (size_t i = 0; i < columns_.size(); ++i)
+      readValue(stmt, static_cast<int>(i), columns_[i], row[i]);
+    return true;
+  }
+
+ private:
+  void step() {
+    int rc = sqlite3_step(stmt_.get());
+    if (rc == SQLITE_ROW) {
+      hasRow_ = true;
+    } else if (rc == SQLITE_DONE) {
+      hasRow_ = false;
+    } else {
+      hasRow_ = false;
+      raiseFor(db_, rc, source_);
+    }
+  }
+  void describe(const SqliteSession& session);
+
+  sqlite3* db_;
+  Statement stmt_;
+  std::string source_;
+  std::vector<ColumnInfo> columns_;
+  bool hasRow_ = false;
+  bool pending_ = true;
+};
+
+void SqliteCursor::describe(const SqliteSession& session) {
+  sqlite3_stmt* stmt = stmt_.get();
+  int count = sqlite3_column_count(stmt);
+  columns_.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const char* declared = sqlite3_column_decltype(stmt, i);
+    ColumnInfo info = declared != nullptr
+                          ? session.describeDeclaredType(declared)
+                          : typeOfComputed(hasRow_ ? sqlite3_column_type(stmt, i) : SQLITE_NULL);
+    const char* name = sqlite3_column_name(stmt, i);
+    info.name = name != nullptr ? name : "";
+    const char* table = sqlite3_column_table_name(stmt, i);
+    const char* origin = sqlite3_column_origin_name(stmt, i);
+    const char* database = sqlite3_column_database_name(stmt, i);
+    if (table != nullptr && origin != nullptr) {
+      info.baseTable = table;
+      info.baseColumn = origin;
+      int notNull = 0, primaryKey = 0, autoIncrement = 0;
+      if (sqlite3_table_column_metadata(db_, database, table, origin, nullptr, nullptr, &notNull,
+                                        &primaryKey, &autoIncrement) == SQLITE_OK)
+        info.nullable = notNull == 0;
+    }
+    columns_.push_back(std::move(info));
+  }
+}
+
+// ---- the session ----------------------------------------------------------------------------
+
+std::unique_ptr<SqliteSession> SqliteSession::openFile(const std::string& path) {
+  auto fail = [&](const std::string& message) {
+    throw vb::VBError(vb::errnum::ProviderError, message, "SQLite")
+        .withDriverDetail("08001", SQLITE_CANTOPEN);
+  };
+  if (path.empty()) fail("No database file was named: the connection string has no Data Source.");
+  std::error_code ec;
+  if (path != ":memory:" && !std::filesystem::exists(path, ec))
+    fail("unable to open database file: " + path + " does not exist");
+  if (path != ":memory:" && std::filesystem::is_directory(path, ec))
+    fail("unable to open database file: " + path + " is a folder");
+  sqlite3* db = nullptr;
+  int rc = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr);
+  auto session = std::make_unique<SqliteSession>(db, true);  // owns db even when rc failed
+  if (rc != SQLITE_OK) session->raiseLastError(rc);
+  sqlite3_busy_timeout(db, 5000);
+  // Opening is lazy: read the schema now so that a file that is no database fails here.
+  rc = sqlite3_exec(db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
+  if (rc != SQLITE_OK) session->raiseLastError(rc);
+  return session;
+}
+
+SqliteSession::SqliteSession(sqlite3* db, bool ownsHandle, Options options)
+    : db_(db), ownsHandle_(ownsHandle), options_(std::move(options)) {}
+
+SqliteSession::~SqliteSession() {
+  if (ownsHandle_ && db_ != nullptr) sqlite3_close_v2(db_);  // waits for open cursors
+}
+
+void SqliteSession::raiseLastError(int resultCode) const {
+  raiseFor(db_, resultCode, options_.providerName);
+}
+
+std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeSql) {
+  sqlite3_stmt* raw = nullptr;
+  int rc = sqlite3_prepare_v2(db_, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw,
+                              nullptr);
+  Statement stmt(raw);
+  if (rc != SQLITE_OK) raiseLastError(rc);
+  if (!stmt) raiseFor(nullptr, SQLITE_ERROR, options_.providerName);  // blank text
+  if (!sqlite3_stmt_readonly(stmt.get())) checkWritable();
+  return std::make_unique<SqliteCursor>(db_, std::move(stmt), *this);
+}
+
+std::unique_ptr<RowCursor> SqliteSession::query(const std::string& sql) {
+  return queryNative(translateSql(sql, options_.dialect));
+}
+
+int64_t SqliteSession::execute(const std::string& sql) {
+  std::string native = translateSql(sql, options_.dialect);
+  sqlite3_stmt* raw = nullptr;
+  int rc = sqlite3_prepare_v2(db_, native.c_str(), static_cast<int>(native.size()), &raw, nullptr);
+  Statement stmt(raw);
+  if (rc != SQLITE_OK) raiseLastError(rc);
+  if (!stmt) return -1;  // nothing but blanks or comments
+  bool readOnly = sqlite3_stmt_readonly(stmt.get()) != 0;
+  if (!readOnly) checkWritable();
+  sqlite3_int64 before = sqlite3_total_changes64(db_);
+  while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
+  }
+  if (rc != SQLITE_DONE) raiseLastError(rc);
+  return readOnly ? -1 : static_cast<int64_t>(sqlite3_total_changes64(db_) - before);
+}
+
+std::unique_ptr<RowCursor> SqliteSession::openTable(const std::string& table) {
+  return queryNative("SELECT * FROM " + quoteIdentifier(table));
+}
+
+int64_t SqliteSession::countRows(const std::string& sql) {
+  auto cursor = queryNative("SELECT count(*) FROM (" + translateSql(sql, options_.dialect) + ")");
+  std::vector<vb::Variant> row;
+  if (!cursor->fetch(row) || row.empty()) return 0;
+  return row[0].toInt64();
+}
+
+std::string SqliteSession::quoteIdentifier(const std::string& name) const {
+  std::string quoted = "\"";
+  for (char c : name) {
+    quoted += c;
+    if (c == '"') quoted += c;
+  }
+  return quoted + "\"";
+}
+
+// ---- schema rowsets -------------------------------------------------------------------------
+
+std::string SqliteSession::tableType(const std::string& name, bool isView) const {
+  if (lower(name).rfind("sqlite_", 0) == 0) return "SYSTEM TABLE";
+  return isView ? "VIEW" : "TABLE";
+}
+
+std::vector<SqliteSession::TableEntry> SqliteSession::tableList() {
+  std::vector<TableEntry> tables{{"sqlite_master", tableType("sqlite_master", false)}};
+  auto cursor = queryNative(
+      "SELECT name, type FROM sqlite_master WHERE type IN ('table','view') ORDER BY name");
+  std::vector<vb::Variant> row;
+  while (cursor->fetch(row)) {
+    std::string name = row[0].toText();
+    tables.push_back({name, tableType(name, row[1].toText() == "view")});
+  }
+  std::stable_sort(tables.begin(), tables.end(), [](const TableEntry& a, const TableEntry& b) {
+    return a.type != b.type ? a.type < b.type : a.name < b.name;
+  });
+  return tables;
+}
+
+std::vector<SqliteSession::KeyColumn> SqliteSession::primaryKeyRows(const std::string& table) {
+  std::vector<KeyColumn> keys;
+  std::string literal = "'";
+  for (char c : table) literal += c == '\'' ? std::string("''") : std::string(1, c);
+  literal += "'";
+  auto cursor =
+      queryNative("SELECT name, pk FROM pragma_table_info(" + literal + ") WHERE pk > 0 ORDER BY pk");
+  std::vector<vb::Variant> row;
+  while (cursor->fetch(row))
+    keys.push_back({table, row[0].toText(), static_cast<int32_t>(row[1].toInt64()), "pk_" + table});
+  return keys;
+}
+
+std::vector<SqliteSession::ForeignKeyColumn> SqliteSession::foreignKeyRows() {
+  std::vector<TableEntry> tables = tableList();
+  std::map<std::string, std::string> storedName;  // lower-case name -> name as created
+  for (const auto& t : tables) storedName[lower(t.name)] = t.name;
+  std::vector<ForeignKeyColumn> keys;
+  std::vector<vb::Variant> row;
+  for (const auto& t : tables) {
+    if (t.type == "VIEW") continue;
+    std::string literal = "'";
+    for (char c : t.name) literal += c == '\'' ? std::string("''") : std::string(1, c);
+    literal += "'";
+    auto cursor = queryNative(
+        "SELECT id, seq, \"table\", \"from\", \"to\", on_update, on_delete FROM "
+        "pragma_foreign_key_list(" + literal + ") ORDER BY id, seq");
+    while (cursor->fetch(row)) {
+      ForeignKeyColumn fk;
+      std::string referenced = row[2].toText();
+      auto found = storedName.find(lower(referenced));
+      fk.pkTable = found != storedName.end() ? found->second : referenced;
+      fk.fkTable = t.name;
+      fk.fkColumn = row[3].toText();
+      fk.ordinal = static_cast<int32_t>(row[1].toInt64()) + 1;
+      if (!row[4].isNull()) {
+        fk.pkColumn = row[4].toText();
+      } else {  // REFERENCES t without columns: the referenced table's primary key
+        auto pk = primaryKeyRows(fk.pkTable);
+        if (static_cast<size_t>(fk.ordinal) <= pk.size()) fk.pkColumn = pk[fk.ordinal - 1].column;
+      }
+      auto rule = [](const std::string& r) { return r == "RESTRICT" ? std::string("NO ACTION") : r; };
+      fk.updateRule = rule(row[5].toText());
+      fk.deleteRule = rule(row[6].toText());
+      fk.pkName = "pk_" + fk.pkTable;
+      fk.fkName = "fk_" + t.name + "_" + row[0].toText();
+      keys.push_back(std::move(fk));
+    }
+  }
+  return keys;
+}
+
+std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
+                                                     const std::vector<vb::Variant>& r) {
+  const vb::Variant null = vb::Variant::null();
+  std::vector<Row> rows;
+  if (schema == adSchemaTables) {
+    for (const auto& t : tableList()) {
+      Row row{null, null, t.name, t.type, null, null, null, null, null};
+      if (restrictionMatches(r, 2, row[2], true) && restrictionMatches(r, 3, row[3]))
+        rows.push_back(std::move(row));
+    }
+    if (!restrictionMatches(r, 0, null) || !restrictionMatches(r, 1, null)) rows.clear();
+    return std::make_unique<MemoryCursor>(tablesRowsetColumns(), std::move(rows));
+  }
+  if (schema == adSchemaPrimaryKeys) {
+    if (restrictionMatches(r, 0, null) && restrictionMatches(r, 1, null)) {
+      for (const auto& t : tableList()) {
+        if (t.type == "VIEW" || !restrictionMatches(r, 2, t.name, true)) continue;
+        for (const auto& k : primaryKeyRows(t.name))
+          rows.push_back({null, null, k.table, k.column, null, null, k.ordinal, k.keyName});
+      }
+    }
+    return std::make_unique<MemoryCursor>(primaryKeysRowsetColumns(), std::move(rows));
+  }
+  if (schema == adSchemaForeignKeys) {
+    bool catalogsPass = restrictionMatches(r, 0, null) && restrictionMatches(r, 1, null) &&
+                        restrictionMatches(r, 3, null) && restrictionMatches(r, 4, null);
+    std::vector<ForeignKeyColumn> keys = catalogsPass ? foreignKeyRows() : std::vector<ForeignKeyColumn>{};
+    std::stable_sort(keys.begin(), keys.end(), [](const auto& a, const auto& b) {
+      if (a.fkTable != b.fkTable) return a.fkTable < b.fkTable;
+      if (a.fkName != b.fkName) return a.fkName < b.fkName;
+      return a.ordinal < b.ordinal;
+    });
+    for (const auto& k : keys) {
+      if (!restrictionMatches(r, 2, k.pkTable, true) || !restrictionMatches(r, 5, k.fkTable, true))
+        continue;
+      rows.push_back({null, null, k.pkTable, k.pkColumn, null, null, null, null, k.fkTable,
+                      k.fkColumn, null, null, k.ordinal, k.updateRule, k.deleteRule, k.pkName,
+                      k.fkName, k.deferrability});
+    }
+    return std::make_unique<MemoryCursor>(foreignKeysRowsetColumns(), std::move(rows));
+  }
+  raiseSchemaNotSupported(schema);
+}
+
+std::vector<std::string> SqliteSession::primaryKeyColumns(const std::string& table) {
+  std::vector<std::string> columns;
+  for (const auto& k : primaryKeyRows(table)) columns.push_back(k.column);
+  return columns;
+}
+
+// ---- writes ---------------------------------------------------------------------------------
+
+void SqliteSession::beginTransaction() {
+  checkWritable();
+  int rc = sqlite3_exec(db_, "SAVEPOINT varsentix_write", nullptr, nullptr, nullptr);
+  if (rc != SQLITE_OK) raiseLastError(rc);
+  ++transactionDepth_;
+}
+
+void SqliteSession::commit() {
+  int rc = sqlite3_exec(db_, "RELEASE varsentix_write", nullptr, nullptr, nullptr);
+  if (rc != SQLITE_OK) raiseLastError(rc);
+  --transactionDepth_;
+}
+
+void SqliteSession::rollback() noexcept {
+  if (transactionDepth_ == 0) return;
+  sqlite3_exec(db_, "ROLLBACK TO varsentix_write", nullptr, nullptr, nullptr);
+  sqlite3_exec(db_, "RELEASE varsentix_write", nullptr, nullptr, nullptr);
+  --transactionDepth_;
+}
+
+int64_t SqliteSession::executeBound(const std::string& nativeSql,
+                                    const std::vector<vb::Variant>& values,
+                                    const std::vector<ColumnInfo>& /*valueColumns*/) {
+  checkWritable();
+  sqlite3_stmt* raw = nullptr;
+  int rc = sqlite3_prepare_v2(db_, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw,
+                              nullptr);
+  Statement stmt(raw);
+  if (rc != SQLITE_OK) raiseLastError(rc);
+  for (size_t i = 0; i < values.size(); ++i) {
+    rc = bindValue(stmt.get(), static_cast<int>(i + 1), values[i]);
+    if (rc != SQLITE_OK) raiseLastError(rc);
+  }
+  rc = sqlite3_step(stmt.get());
+  if (rc != SQLITE_DONE && rc != SQLITE_ROW) raiseLastError(rc);
+  return sqlite3_changes64(db_);
+}
+
+// ---- registration ---------------------------------------------------------------------------
+
+namespace {
+
+std::unique_ptr<ProviderSession> openSqliteSession(const ConnectionString& connection,
+                                                   const std::string& /*userID*/,
+                                                   const std::string& /*password*/) {
+  std::string path = connection.getOr("Data Source", connection.getOr("DataSource", ""));
+  return SqliteSession::openFile(path);
+}
+
+const ProviderRegistrar registrar("SQLite", &openSqliteSession);
+
+}  // namespace
+}  // namespace varsentix::ado::detail

@@ -1,0 +1,109 @@
+#pragma once
+// The SQLite provider's session ("Provider=SQLite;Data Source=<file>"), exposed so that other
+// providers can answer SQL through an SQLite database of their own (the Jet provider loads an
+// Access file into an in-memory database and wraps it here).
+//
+// Extension points, all virtual and all with SQLite's own answer by default:
+//   tableList()          the tables and views of rowset 20 and their TABLE_TYPE
+//   tableType()          TABLE_TYPE of one entry ("TABLE", "VIEW", "SYSTEM TABLE")
+//   primaryKeyRows()     rows of rowset 28 for one table (also what Update locates rows by)
+//   foreignKeyRows()     rows of rowset 27 (all foreign keys of the database)
+//   describeDeclaredType()  the ADO type, size, precision and scale of a declared column type
+//   checkWritable()      raises when the session refuses writes (called before every write)
+// and Options carries the provider name and the SQL dialect (e.g. #date# translation).
+// The sqlite3 type is only declared here; sqlite3.h stays inside the provider's .cpp files.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/ado/Provider.h"
+#include "platform/ado/SqlDialect.h"
+
+struct sqlite3;
+
+namespace varsentix::ado::detail {
+
+// The ADO description of a declared SQLite column type ("NVARCHAR(40)", "NUMERIC(10,2)",
+// "INTEGER", "" ...), by SQLite's affinity rules refined by the type's name. Sets type,
+// definedSize, precision and numericScale of the result; the name is left empty.
+ColumnInfo sqliteColumnType(const std::string& declaredType);
+
+class SqliteSession : public ProviderSession {
+ public:
+  struct Options {
+    std::string providerName = "SQLite";  // providerName() and the source of its errors
+    DialectOptions dialect{0, 0, false};  // SQLite takes [brackets] as they are
+  };
+  struct TableEntry {
+    std::string name;
+    std::string type;  // "TABLE", "VIEW", "SYSTEM TABLE", ...
+  };
+  struct KeyColumn {
+    std::string table;
+    std::string column;
+    int32_t ordinal = 1;  // 1-based position in the key
+    std::string keyName;
+  };
+  struct ForeignKeyColumn {
+    std::string pkTable, pkColumn, fkTable, fkColumn;
+    int32_t ordinal = 1;
+    std::string updateRule = "NO ACTION", deleteRule = "NO ACTION";
+    std::string pkName, fkName;
+    int16_t deferrability = 3;  // not deferrable
+  };
+
+  // Opens an existing database file for reading and writing. Never creates a file: a missing
+  // file raises ProviderError naming it; a file that is no database raises the engine's error.
+  static std::unique_ptr<SqliteSession> openFile(const std::string& path);
+  // Wraps an open database; closes it on destruction when ownsHandle is true.
+  SqliteSession(sqlite3* db, bool ownsHandle, Options options);
+  SqliteSession(sqlite3* db, bool ownsHandle) : SqliteSession(db, ownsHandle, Options{}) {}
+  ~SqliteSession() override;
+  SqliteSession(const SqliteSession&) = delete;
+  SqliteSession& operator=(const SqliteSession&) = delete;
+
+  sqlite3* handle() const { return db_; }
+  const Options& options() const { return options_; }
+
+  // ProviderSession
+  std::string providerName() const override { return options_.providerName; }
+  std::unique_ptr<RowCursor> query(const std::string& sql) override;
+  int64_t execute(const std::string& sql) override;
+  std::unique_ptr<RowCursor> openTable(const std::string& table) override;
+  int64_t countRows(const std::string& sql) override;
+  std::unique_ptr<RowCursor> openSchema(SchemaEnum schema,
+                                        const std::vector<vb::Variant>& restrictions) override;
+  std::vector<std::string> primaryKeyColumns(const std::string& table) override;
+  void beginTransaction() override;
+  void commit() override;
+  void rollback() noexcept override;
+  int64_t executeBound(const std::string& nativeSql, const std::vector<vb::Variant>& values,
+                       const std::vector<ColumnInfo>& valueColumns) override;
+  std::string quoteIdentifier(const std::string& name) const override;
+
+  // Runs native SQL (no dialect translation) and returns its rows: for the extension points.
+  std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
+
+ protected:
+  virtual std::vector<TableEntry> tableList();
+  virtual std::string tableType(const std::string& name, bool isView) const;
+  virtual std::vector<KeyColumn> primaryKeyRows(const std::string& table);
+  virtual std::vector<ForeignKeyColumn> foreignKeyRows();
+  virtual ColumnInfo describeDeclaredType(const std::string& declaredType) const {
+    return sqliteColumnType(declaredType);
+  }
+  virtual void checkWritable() const {}
+
+  // Raises the VBError for the database's last failure (number by result code, the engine's
+  // text, the extended result code kept as native error).
+  [[noreturn]] void raiseLastError(int resultCode) const;
+
+ private:
+  friend class SqliteCursor;
+  sqlite3* db_;
+  bool ownsHandle_;
+  Options options_;
+  int transactionDepth_ = 0;
+};
+
+}  // namespace varsentix::ado::detail

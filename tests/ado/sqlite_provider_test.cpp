@@ -1,0 +1,218 @@
+// The SQLite provider: opening files, its errors, its schema rowsets, the sample database and
+// the extension points other providers build on.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "AdoTestSupport.h"
+#include "platform/ado/providers/sqlite/SqliteSession.h"
+#include "varsentix/platform/vb/VBError.h"
+
+using namespace varsentix;
+using namespace varsentix::ado;
+using namespace varsentix::testing;
+
+namespace {
+
+std::string emptyDatabase(const TempDir& dir, const std::string& name = "db.sqlite") {
+  std::string path = dir.file(name);
+  sqlite3* db = nullptr;
+  sqlite3_open(path.c_str(), &db);
+  sqlite3_exec(db, "CREATE TABLE seeded (id INTEGER PRIMARY KEY AUTOINCREMENT, v TEXT)", nullptr, nullptr, nullptr);
+  sqlite3_exec(db, "INSERT INTO seeded (v) VALUES ('x')", nullptr, nullptr, nullptr);
+  sqlite3_close(db);
+  return path;
+}
+
+}  // namespace
+
+TEST(SqliteProvider, AMissingFileIsReportedAndNotCreated) {
+  TempDir dir;
+  std::string path = dir.file("missing.sqlite");
+  auto cn = vb::Ref<Connection>::make();
+  auto e = expectVBError([&] { cn->Open("Provider=SQLite;Data Source=" + path); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+  EXPECT_NE(e.description().find(path), std::string::npos) << e.description();
+  EXPECT_NE(e.description().find("does not exist"), std::string::npos) << e.description();
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_EQ(cn->State(), adStateClosed);
+}
+
+TEST(SqliteProvider, AFileThatIsNoDatabaseGivesTheEnginesError) {
+  TempDir dir;
+  std::string path = dir.file("text.sqlite");
+  std::ofstream(path) << "this is plain text, long enough to fill a database header of one hundred bytes......";
+  auto cn = vb::Ref<Connection>::make();
+  auto e = expectVBError([&] { cn->Open("Provider=SQLite;Data Source=" + path); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+  EXPECT_EQ(e.description(), "file is not a database");
+  EXPECT_EQ(e.nativeError(), SQLITE_NOTADB);
+  EXPECT_EQ(cn->State(), adStateClosed);
+}
+
+TEST(SqliteProvider, AConnectionStringWithoutProviderOpensSqliteAndUnknownProvidersAreRefused) {
+  TempDir dir;
+  std::string path = emptyDatabase(dir);
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Data Source=" + path);
+  EXPECT_EQ(cn->Provider(), "SQLite");
+  cn->Close();
+  cn->Open("provider=sqlite;data source='" + path + "'");
+  EXPECT_EQ(cn->State(), adStateOpen);
+  auto other = vb::Ref<Connection>::make();
+  EXPECT_EQ(expectVBError([&] { other->Open("Provider=NoSuchProvider;Data Source=x"); }).number(),
+            vb::errnum::ProviderNotFound);
+}
+
+TEST(SqliteProvider, InternalTablesAreSystemTables) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + emptyDatabase(dir));
+  std::map<std::string, std::string> types;
+  auto rs = cn->OpenSchema(adSchemaTables);
+  for (; !rs->isEOF(); rs->MoveNext())
+    types[rs->field("TABLE_NAME").Value().toText()] = rs->field("TABLE_TYPE").Value().toText();
+  EXPECT_EQ(types["seeded"], "TABLE");
+  EXPECT_EQ(types["sqlite_sequence"], "SYSTEM TABLE");
+  EXPECT_EQ(types["sqlite_master"], "SYSTEM TABLE");
+  auto system = cn->OpenSchema(adSchemaTables, {vb::Variant(), vb::Variant(), vb::Variant(), "SYSTEM TABLE"});
+  EXPECT_EQ(system->RecordCount(), 2);
+}
+
+TEST(SqliteProvider, ErrorsKeepTheEnginesTextAndExtendedCode) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + emptyDatabase(dir));
+  auto e = expectVBError([&] { cn->Execute("INSERT INTO [seeded] ([id], [v]) VALUES (1, 'dup')"); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderIntegrityViolation);
+  EXPECT_EQ(e.description(), "UNIQUE constraint failed: seeded.id");
+  EXPECT_EQ(e.sqlState(), "23000");
+  EXPECT_EQ(e.nativeError(), SQLITE_CONSTRAINT_PRIMARYKEY);
+  e = expectVBError([&] { cn->Execute("select * from [nope]"); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderNoSuchTable);
+  EXPECT_EQ(e.description(), "no such table: nope");
+  e = expectVBError([&] { cn->Execute("selekt 1"); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderSyntaxError);
+  EXPECT_NE(e.description().find("syntax error"), std::string::npos);
+}
+
+TEST(SqliteProvider, ComputedColumnsTakeTheTypeOfTheirValues) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + emptyDatabase(dir));
+  auto rs = cn->Execute("select count(*) as n, 1.5 as f, 'x' as s, x'00' as b, null as z from [seeded]");
+  EXPECT_EQ(rs->field("n").Type(), adBigInt);
+  EXPECT_EQ(rs->field("n").Value().toText(), "1");
+  EXPECT_EQ(rs->field("f").Type(), adDouble);
+  EXPECT_EQ(rs->field("s").Type(), adVarWChar);
+  EXPECT_EQ(rs->field("b").Type(), adLongVarBinary);
+  EXPECT_EQ(rs->field("z").Type(), adVarWChar);
+  EXPECT_EQ(rs->CursorType(), adOpenForwardOnly);
+  EXPECT_EQ(rs->RecordCount(), -1);
+}
+
+TEST(SqliteProvider, ChinookIsOpenedAndWalked) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + copyOfChinook(dir));
+  std::set<std::string> tables;
+  auto schema = cn->OpenSchema(adSchemaTables, {vb::Variant(), vb::Variant(), vb::Variant(), "TABLE"});
+  for (; !schema->isEOF(); schema->MoveNext()) tables.insert(schema->field("TABLE_NAME").Value().toText());
+  EXPECT_EQ(tables, (std::set<std::string>{"Album", "Artist", "Customer", "Employee", "Genre", "Invoice",
+                                           "InvoiceLine", "MediaType", "Playlist", "PlaylistTrack", "Track"}));
+
+  auto track = vb::Ref<Recordset>::make();
+  track->setCursorLocation(adUseClient);
+  track->Open("select * from [Track] order by [TrackId]", cn, adOpenDynamic, adLockOptimistic, adCmdText);
+  EXPECT_EQ(track->RecordCount(), 3503);
+  EXPECT_EQ(track->field("TrackId").Type(), adInteger);
+  EXPECT_EQ(track->field("Name").Type(), adVarWChar);
+  EXPECT_EQ(track->field("Name").DefinedSize(), 200);
+  EXPECT_EQ(track->field("UnitPrice").Type(), adNumeric);
+  EXPECT_EQ(track->field("UnitPrice").Value().toText(), "0.99");
+  EXPECT_EQ(track->field("Name").Value().toText(), "For Those About To Rock (We Salute You)");
+  int rows = 0;
+  int64_t milliseconds = 0;
+  for (; !track->isEOF(); track->MoveNext()) {
+    ++rows;
+    milliseconds += track->field("Milliseconds").Value().toInt64();
+    for (int32_t i = 0; i < track->getFields().Count(); ++i) track->field(i).Value();
+  }
+  EXPECT_EQ(rows, 3503);
+  EXPECT_GT(milliseconds, 0);
+
+  auto invoice = vb::Ref<Recordset>::make();
+  invoice->Open("[Invoice]", cn, adOpenStatic, adLockReadOnly, adCmdTable);
+  EXPECT_EQ(invoice->field("InvoiceDate").Type(), adDBTimeStamp);
+  EXPECT_EQ(invoice->field("InvoiceDate").Value().toText(), "2021-01-01 00:00:00");
+
+  auto pk = cn->OpenSchema(adSchemaPrimaryKeys, {vb::Variant(), vb::Variant(), "PlaylistTrack"});
+  ASSERT_EQ(pk->RecordCount(), 2);
+  EXPECT_EQ(pk->field("COLUMN_NAME").Value().toText(), "PlaylistId");
+  auto fk = cn->OpenSchema(adSchemaForeignKeys, {vb::Variant(), vb::Variant(), "Artist"});
+  ASSERT_FALSE(fk->isEOF());
+  EXPECT_EQ(fk->field("FK_TABLE_NAME").Value().toText(), "Album");
+  EXPECT_EQ(fk->field("FK_COLUMN_NAME").Value().toText(), "ArtistId");
+  EXPECT_EQ(fk->field("PK_COLUMN_NAME").Value().toText(), "ArtistId");
+}
+
+TEST(SqliteProvider, AnUpdateOnChinookIsWrittenAndReadBack) {
+  TempDir dir;
+  std::string path = copyOfChinook(dir);
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open("Select * from [Artist] Where ArtistId = 1", cn, adOpenDynamic, adLockOptimistic, adCmdText);
+  rs->field("Name").setValue("AC/DC'");
+  rs->Update();
+  rs->Close();
+  auto check = cn->Execute("select [Name] from [Artist] where [ArtistId] = 1");
+  EXPECT_EQ(check->field(0).Value().toText(), "AC/DC'");
+}
+
+namespace {
+
+// A provider built on the SQLite session, as the Access provider is: its own name, its own
+// table types, no writes.
+class ReadOnlyTestSession : public ado::detail::SqliteSession {
+ public:
+  explicit ReadOnlyTestSession(sqlite3* db)
+      : SqliteSession(db, true, Options{"Test.Provider", {0, 0, true}}) {}
+
+ protected:
+  std::string tableType(const std::string& name, bool isView) const override {
+    if (name.rfind("MSys", 0) == 0) return "ACCESS TABLE";
+    return SqliteSession::tableType(name, isView);
+  }
+  void checkWritable() const override {
+    throw vb::VBError(vb::errnum::ProviderReadOnly, "Test files are read-only here.", "Test.Provider");
+  }
+};
+
+}  // namespace
+
+TEST(SqliteProvider, ASessionWrappingAnOpenDatabaseCanChangeNamesTypesAndRefuseWrites) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(":memory:", &db), SQLITE_OK);
+  sqlite3_exec(db, "CREATE TABLE MSysObjects (id INTEGER); CREATE TABLE Orders (d DATETIME);"
+                   "INSERT INTO Orders VALUES ('1996-07-04 00:00:00')", nullptr, nullptr, nullptr);
+  ReadOnlyTestSession session(db);
+  EXPECT_EQ(session.providerName(), "Test.Provider");
+  auto tables = session.openSchema(adSchemaTables, {});
+  std::map<std::string, std::string> types;
+  std::vector<vb::Variant> row;
+  while (tables->fetch(row)) types[row[2].toText()] = row[3].toText();
+  EXPECT_EQ(types["MSysObjects"], "ACCESS TABLE");
+  EXPECT_EQ(types["Orders"], "TABLE");
+  auto dated = session.query("select * from [Orders] where [d] = #7/4/1996 12:00:00 AM#");
+  EXPECT_TRUE(dated->fetch(row));
+  auto e = expectVBError([&] { session.execute("DELETE FROM [Orders]"); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderReadOnly);
+  e = expectVBError([&] { session.beginTransaction(); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderReadOnly);
+  auto still = session.query("select count(*) from [Orders]");
+  ASSERT_TRUE(still->fetch(row));
+  EXPECT_EQ(row[0].toInt64(), 1);
+}

@@ -1,0 +1,162 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "AdoTestSupport.h"
+#include "platform/ado/XmlPersistence.h"
+#include "varsentix/platform/vb/VBError.h"
+
+using namespace varsentix;
+using namespace varsentix::ado;
+using namespace varsentix::testing;
+
+namespace {
+
+std::string readFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// A database with one table of awkward values, saved to a file in dir.
+std::string saveAwkwardRows(const TempDir& dir, const std::string& select) {
+  std::string path = dir.file("db.sqlite");
+  std::ofstream(path).close();
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  cn->Execute("CREATE TABLE [odd table] ([id] INTEGER PRIMARY KEY, [first name] VARCHAR(20), "
+              "[xmlish] TEXT, [2nd] INTEGER, [b] BOOLEAN, [d] DATE, [m] MONEY)");
+  cn->Execute("INSERT INTO [odd table] VALUES (1, 'a''b', 'x<y>&z\"', 2, 1, '2020-01-02', 12.3456)");
+  cn->Execute("INSERT INTO [odd table] VALUES (2, 'line' || char(10) || 'break' || char(1) || 'ctl', "
+              "NULL, NULL, 0, NULL, NULL)");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open(select, cn, adOpenStatic, adLockOptimistic, adCmdText);
+  std::string file = dir.file("rows.xml");
+  rs->Save(file);
+  return file;
+}
+
+}  // namespace
+
+TEST(XmlPersistence, AttributeEscapingCoversMarkupQuotesAndControlCharacters) {
+  using ado::detail::escapeXmlAttribute;
+  EXPECT_EQ(escapeXmlAttribute("a<b>&'\""), "a&lt;b&gt;&amp;&apos;&quot;");
+  EXPECT_EQ(escapeXmlAttribute("x\ty\nz\r"), "x&#x9;y&#xA;z&#xD;");
+  EXPECT_EQ(escapeXmlAttribute(std::string("\x01", 1)), "&#x1;");
+  EXPECT_EQ(escapeXmlAttribute("Grüße €"), "Grüße €");
+  EXPECT_EQ(escapeXmlAttribute("bad\xFF"), "bad\xEF\xBF\xBD");
+}
+
+TEST(XmlPersistence, FileHasTheRowsetSchemaNamespacesAndRows) {
+  TempDir dir;
+  std::string xml = readFile(saveAwkwardRows(dir, "select * from [odd table] order by [id]"));
+  EXPECT_EQ(xml.rfind("<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'", 0), 0u);
+  EXPECT_NE(xml.find("xmlns:dt='uuid:C2F41010-65B3-11d1-A29F-00AA00C14882'"), std::string::npos);
+  EXPECT_NE(xml.find("xmlns:rs='urn:schemas-microsoft-com:rowset'"), std::string::npos);
+  EXPECT_NE(xml.find("xmlns:z='#RowsetSchema'"), std::string::npos);
+  EXPECT_NE(xml.find("<s:Schema id='RowsetSchema'>"), std::string::npos);
+  EXPECT_NE(xml.find("rs:updatable='true'"), std::string::npos);
+  EXPECT_NE(xml.find("<s:AttributeType name='id' rs:number='1'"), std::string::npos);
+  EXPECT_NE(xml.find("rs:keycolumn='true'"), std::string::npos);
+  EXPECT_NE(xml.find("rs:basetable='odd table'"), std::string::npos);
+  EXPECT_NE(xml.find("dt:type='int'"), std::string::npos);
+  EXPECT_NE(xml.find("dt:type='boolean'"), std::string::npos);
+  EXPECT_NE(xml.find("dt:type='date'"), std::string::npos);
+  EXPECT_NE(xml.find("dt:type='number' rs:dbtype='currency'"), std::string::npos);
+  // A name that is no XML name is written as c<n> with its own name beside it.
+  EXPECT_NE(xml.find("name='c1' rs:name='first name'"), std::string::npos);
+  EXPECT_NE(xml.find("name='c2' rs:name='xmlish'"), std::string::npos);
+  EXPECT_NE(xml.find("name='c3' rs:name='2nd'"), std::string::npos);
+  EXPECT_NE(xml.find("<rs:data>"), std::string::npos);
+  EXPECT_NE(xml.find("<z:row id='1' c1='a&apos;b' c2='x&lt;y&gt;&amp;z&quot;' c3='2' b='True' d='2020-01-02' m='12.3456'/>"),
+            std::string::npos) << xml;
+  // Null is a missing attribute.
+  EXPECT_NE(xml.find("<z:row id='2' c1='line&#xA;break&#x1;ctl' b='False'/>"), std::string::npos) << xml;
+}
+
+TEST(XmlPersistence, ControlCharactersAndLineBreaksReadBack) {
+  TempDir dir;
+  std::string file = saveAwkwardRows(dir, "select * from [odd table] order by [id]");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile);
+  EXPECT_EQ(rs->field("first name").Value().toText(), "a'b");
+  EXPECT_EQ(rs->field("xmlish").Value().toText(), "x<y>&z\"");
+  EXPECT_EQ(rs->field("m").Type(), adCurrency);
+  EXPECT_EQ(rs->field("m").Value().toText(), "12.3456");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field("first name").Value().toText(), std::string("line\nbreak\x01" "ctl"));
+  EXPECT_TRUE(rs->field("2nd").Value().isNull());
+  EXPECT_EQ(rs->field("b").Value().toBool(), false);
+}
+
+TEST(XmlPersistence, OpenOfAMissingFileRaisesFileNotFound) {
+  TempDir dir;
+  auto rs = vb::Ref<Recordset>::make();
+  auto e = expectVBError([&] { rs->Open(dir.file("none.xml"), vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile); });
+  EXPECT_EQ(e.number(), vb::errnum::FileNotFound);
+  EXPECT_EQ(rs->State(), adStateClosed);
+}
+
+TEST(XmlPersistence, OpenOfAFileInAnotherFormatRaisesAProviderError) {
+  TempDir dir;
+  std::string file = dir.file("junk.xml");
+  std::ofstream(file) << "<xml><unclosed>";
+  auto rs = vb::Ref<Recordset>::make();
+  auto e = expectVBError([&] { rs->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+  std::ofstream(file, std::ios::trunc) << "<xml/>";
+  e = expectVBError([&] { rs->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile); });
+  EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+}
+
+TEST(XmlPersistence, AFileWrittenByHandInTheFormatIsRead) {
+  TempDir dir;
+  std::string file = dir.file("hand.xml");
+  std::ofstream(file) << R"(<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'
+	xmlns:dt='uuid:C2F41010-65B3-11d1-A29F-00AA00C14882'
+	xmlns:rs='urn:schemas-microsoft-com:rowset'
+	xmlns:z='#RowsetSchema'>
+<s:Schema id='RowsetSchema'>
+	<s:ElementType name='row' content='eltOnly'>
+		<s:AttributeType name='CustomerID' rs:number='1'>
+			<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='5' rs:fixedlength='true' rs:maybenull='false'/>
+		</s:AttributeType>
+		<s:AttributeType name='OrderDate' rs:number='2' rs:nullable='true'>
+			<s:datatype dt:type='dateTime' rs:dbtype='variantdate' dt:maxLength='16' rs:fixedlength='true'/>
+		</s:AttributeType>
+		<s:AttributeType name='Freight' rs:number='3' rs:nullable='true'>
+			<s:datatype dt:type='number' rs:dbtype='currency' dt:maxLength='8' rs:precision='19' rs:fixedlength='true'/>
+		</s:AttributeType>
+		<s:extends type='rs:rowbase'/>
+	</s:ElementType>
+</s:Schema>
+<rs:data>
+	<z:row CustomerID='VINET' OrderDate='1996-07-04T00:00:00' Freight='32.38'/>
+	<z:row CustomerID='TOMSP'/>
+</rs:data>
+</xml>
+)";
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile);
+  EXPECT_EQ(rs->field("CustomerID").Type(), adChar);
+  EXPECT_EQ(rs->field("CustomerID").DefinedSize(), 5);
+  EXPECT_EQ(rs->field("OrderDate").Type(), adDate);
+  EXPECT_EQ(rs->field("OrderDate").Value().toText(), "1996-07-04 00:00:00");
+  EXPECT_EQ(rs->field("Freight").Value().toText(), "32.38");
+  EXPECT_EQ(rs->RecordCount(), 2);
+  rs->MoveNext();
+  EXPECT_TRUE(rs->field("OrderDate").Value().isNull());
+  EXPECT_TRUE(rs->field("Freight").Value().isNull());
+}
+
+TEST(XmlPersistence, ARecordSetReadFromAFileCanBeSavedAgain) {
+  TempDir dir;
+  std::string file = saveAwkwardRows(dir, "select * from [odd table] order by [id]");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile);
+  std::string again = dir.file("again.xml");
+  rs->Save(again);
+  auto second = vb::Ref<Recordset>::make();
+  second->Open(again, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile);
+  EXPECT_EQ(second->field("first name").Value().toText(), "a'b");
+  EXPECT_EQ(second->field("m").Type(), adCurrency);
+}
