@@ -52,8 +52,9 @@ class LockHolder {
  public:
   LockHolder(const std::string& path, const std::string& readyFile, const std::string& seconds) {
     const std::string script = "touch '" + readyFile + "'; sleep " + seconds;
-    const char* argv[] = {"flock", "-x", path.c_str(), "-c", script.c_str(), nullptr};
-    // In a process group of its own: flock's shell child inherits the lock, so both must go.
+    const char* argv[] = {"flock", "-x", "-o", path.c_str(), "-c", script.c_str(), nullptr};
+    // -o: only flock itself holds the lock, not the shell it starts, so the lock goes with it.
+    // A process group of its own lets stop() end the shell too.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
