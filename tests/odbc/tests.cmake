@@ -1,3 +1,5 @@
 varsentix_add_suite(varsentix_odbc_tests
+  odbc/OdbcTestSupport.cpp
   odbc/engines_test.cpp
+  odbc/odbc_provider_test.cpp
 )
