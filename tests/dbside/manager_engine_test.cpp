@@ -539,24 +539,46 @@ TEST(ManagerBadInput, EmptyConnectionStringEndsInAMessage) {
                 " #2 Error occurred when attempting to open connection using the following connection string   ||||");
 }
 
-TEST(ManagerBadInput, ANonDatabaseFileEndsInAMessage) {
+TEST(ManagerBadInput, ANonDatabaseFileIsRefusedWhenTheConnectionOpens) {
   TempDir dir;
   const std::string file = dir.file("notes.txt");
   std::ofstream(file) << std::string(2048, 'n') << "\nthis is not a database\n";
-  const std::string cs = "Provider=SQLite;Data Source=" + file;
+  const auto schemaFailure = failureOf([] { vb::Ref<ado::Connection>::make()->OpenSchema(ado::adSchemaTables); });
+  ASSERT_TRUE(schemaFailure);
+  for (const std::string provider : {"Provider=SQLite;Data Source=", "Provider=Microsoft.Jet.OLEDB.4.0;Data Source="}) {
+    const std::string cs = provider + file;
+    const auto expected = failureOf([&] { vb::Ref<ado::Connection>::make()->Open(cs, "", "", -1); });
+    ASSERT_TRUE(expected) << cs;
+    clsDBManager m;
+    m.setConnectionString(cs);
+    m.openDatabaseConnection();
+    m.openDatabaseSchema();
+    EXPECT_EQ(m.getReturnConnectionMessage(),
+              " " + numberAndDescription(*expected) +
+                  " #2 Error occurred when attempting to open connection using the following connection string  " + cs +
+                  " ||||" + numberAndDescription(*schemaFailure) +
+                  " #5 Error when attempting to open the database schema for the following connection :" + cs + " ||");
+    EXPECT_EQ(m.getDatabaseSchema()->State(), ado::adStateClosed);
+  }
+}
+
+TEST(ManagerBadInput, ANonDatabaseFileThroughTheSqliteOdbcDriverIsRefusedByTheFirstQuery) {
+  if (!engineAvailable(Engine::SQLiteOdbc)) GTEST_SKIP() << "engine not available: SQLiteOdbc";
+  TempDir dir;
+  const std::string file = dir.file("notes.txt");
+  std::ofstream(file) << std::string(2048, 'n') << "\nthis is not a database\n";
+  const std::string cs = "Provider=MSDASQL;Driver={SQLite3};Database=" + file;
   clsDBManager m;
   m.setConnectionString(cs);
   m.openDatabaseConnection();
-  m.openDatabaseSchema();
-  const std::string message = m.getReturnConnectionMessage();
-  // The file is refused either when the connection opens (#2) or when the table list is read (#5).
-  const bool refusedAtOpen =
-      message.find(" #2 Error occurred when attempting to open connection using the following connection string  " + cs +
-                   " ||||") != std::string::npos;
-  const bool refusedAtSchema = message.find(" #5 Error when attempting to open the database schema for the following "
-                                            "connection :" + cs + " ||") != std::string::npos;
-  EXPECT_TRUE(refusedAtOpen || refusedAtSchema) << message;
-  EXPECT_EQ(m.getDatabaseSchema()->State(), ado::adStateClosed);
+  // The driver opens the file lazily: connection and table list succeed.
+  EXPECT_EQ(m.getReturnConnectionMessage(), " Successfully Completed||");
+  m.openDataBaseRecordsFromQuery("Select * From [notes]");
+  const std::string message = m.getReturnSQLMessage();
+  EXPECT_NE(message.find("file is not a database"), std::string::npos) << message;
+  const std::string tail = " #3 Error occured when attempting to open table using the following SQLSelect * From [notes] || ||";
+  ASSERT_GT(message.size(), tail.size());
+  EXPECT_EQ(message.substr(message.size() - tail.size()), tail);
 }
 
 TEST(ManagerOnPostgreSQL, GuidIsWrittenBare) {
