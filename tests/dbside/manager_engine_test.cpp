@@ -226,7 +226,9 @@ TEST_P(Manager, CatalogReadAsSchemaNumber) {
   // A number that names another rowset asks that rowset (here the tables, which have no
   // COLUMN_NAME column).
   clsDBManagerTestAccess::storeTableCatalog(*m, "20");
-  EXPECT_TRUE(failureOf([&] { m->getAccessPrimaryKey("items"); }));
+  failure = failureOf([&] { m->getAccessPrimaryKey("items"); });
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->number(), 3265);
 }
 
 TEST_P(Manager, ForeignKeyRowsetOfAReferredTable) {
