@@ -7,4 +7,5 @@
 #include "varsentix/platform/vb/ResumeNext.h"
 #include "varsentix/platform/vb/VBError.h"
 #include "varsentix/platform/vb/Variant.h"
+#include "varsentix/platform/registry/Registry.h"
 #include "varsentix/platform/ado.h"

@@ -2,4 +2,6 @@ target_sources(varsentix PRIVATE
   datasource/modUtility.cpp
   datasource/ModADO.cpp
   datasource/modUtilityFile.cpp
+  datasource/ModDNS.cpp
+  datasource/modRegFunctions.cpp
 )
