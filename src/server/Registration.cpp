@@ -3,7 +3,10 @@
 #include <strings.h>
 
 #include <filesystem>
+#include <optional>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "server/ClassTable.h"
 #include "server/Guid.h"

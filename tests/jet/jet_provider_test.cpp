@@ -208,6 +208,21 @@ TEST_F(NwindProvider, YesNoReadsAsBoolean) {
   EXPECT_EQ(value("SELECT Discontinued FROM Products WHERE ProductID = 1"), "False");
 }
 
+TEST_F(NwindProvider, YesNoFieldsAreNeverNullInTheirXml) {
+  TempDir dir;
+  auto rs = openRecordset(cn(), "SELECT [ProductID], [Discontinued] FROM [Products] WHERE [ProductID] = 5");
+  rs->Save(dir.file("products.xml"), adPersistXML);
+  auto bytes = fileBytes(dir.file("products.xml"));
+  std::string xml(bytes.begin(), bytes.end());
+  auto discontinued = xml.find("name='Discontinued'");
+  ASSERT_NE(discontinued, std::string::npos) << xml;
+  auto end = xml.find("</s:AttributeType>", discontinued);
+  EXPECT_NE(xml.substr(discontinued, end - discontinued).find("rs:maybenull='false'"), std::string::npos) << xml;
+  auto product = xml.find("name='ProductID'");
+  EXPECT_EQ(xml.substr(product, xml.find("</s:AttributeType>", product) - product).find("maybenull"),
+            std::string::npos) << xml;
+}
+
 TEST_F(NwindProvider, UmlautsAndLineBreaks) {
   EXPECT_EQ(value("SELECT [City] FROM [Customers] WHERE [CustomerID] = 'FRANK'"), "M\xC3\xBCnchen");
   EXPECT_EQ(value("SELECT [Address] FROM [Employees] WHERE [EmployeeID] = 1"),
@@ -222,6 +237,14 @@ TEST_F(NwindProvider, DateLiteralsInQueries) {
   EXPECT_EQ(value("SELECT min([OrderID]) FROM [Orders] WHERE [OrderDate] >= #8/4/1994 00:00:00#"), "10248");
   auto rs = openRecordset(cn(), "SELECT * FROM [Orders] WHERE [OrderDate] BETWEEN #1994-11-16# AND #11/16/94 11:59 PM#");
   EXPECT_EQ(rs->RecordCount(), 2);
+}
+
+TEST_F(NwindProvider, DateValuesWrittenBackAsLiteralsFindTheirRows) {
+  auto rs = openRecordset(cn(), "SELECT [OrderDate] FROM [Orders] WHERE [OrderID] = 10330");
+  std::string text = rs->field("OrderDate").Value().toText();
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] WHERE [OrderDate] = #" + text + "#"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] WHERE [OrderDate] = '" + text + "'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] WHERE [OrderDate] = '1994-11-16'"), "2");
 }
 
 TEST_F(NwindProvider, LikeIsCaseInsensitive) {
@@ -292,6 +315,16 @@ TEST(JetProviderOpen, MissingFileFailsNamingIt) {
   EXPECT_EQ(e.description(), "Could not find file '" + path + "'.");
   EXPECT_EQ(connection->State(), adStateClosed);
   EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(JetProviderOpen, PathWithBlanksAndUmlautsInQuotes) {
+  TempDir dir;
+  std::filesystem::create_directory(dir.path() / "Daten f\xC3\xBCr; Tests");
+  std::string path = (dir.path() / "Daten f\xC3\xBCr; Tests" / "Nord wind.mdb").string();
+  std::filesystem::copy_file(varsentix::testing::sharedDataDir() / "nwind.mdb", path);
+  auto connection = vb::Ref<Connection>::make();
+  connection->Open("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\"" + path + "\";Persist Security Info=False");
+  EXPECT_EQ(firstValue(connection, "SELECT count(*) FROM [Shippers]"), "3");
 }
 
 TEST(JetProviderOpen, ConnectionStringWithoutDataSourceFails) {

@@ -3,6 +3,7 @@
 // called synchronously, in the order they were connected, with the arguments by reference.
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,32 +18,34 @@ class UpdateCountEvent {
   using Cookie = uint32_t;
 
   Cookie connect(Handler handler) {
-    handlers_.emplace_back(++lastCookie_, std::move(handler));
+    auto changed = std::make_shared<List>(*handlers_);
+    changed->emplace_back(++lastCookie_, std::move(handler));
+    handlers_ = std::move(changed);
     return lastCookie_;
   }
   // Returns false when the cookie names no connected handler.
   bool disconnect(Cookie cookie) {
-    for (auto it = handlers_.begin(); it != handlers_.end(); ++it) {
-      if (it->first == cookie) {
-        handlers_.erase(it);
-        return true;
-      }
-    }
-    return false;
+    auto changed = std::make_shared<List>(*handlers_);
+    const auto gone = std::erase_if(*changed, [&](const auto& entry) { return entry.first == cookie; });
+    if (gone == 0) return false;
+    handlers_ = std::move(changed);
+    return true;
   }
-  size_t handlerCount() const noexcept { return handlers_.size(); }
+  size_t handlerCount() const noexcept { return handlers_->size(); }
 
   // Calls every handler connected when the raise began. A handler that throws ends the raise:
   // the failure leaves raise() and fails the operation that raised the event.
   void raise(int32_t& count, int32_t& maxCount, std::string& readFrom) const {
-    const auto handlers = handlers_;  // handlers may connect or disconnect while running
-    for (const auto& entry : handlers) {
+    // The list is replaced, never changed, so handlers may connect or disconnect while running.
+    const std::shared_ptr<const List> handlers = handlers_;
+    for (const auto& entry : *handlers) {
       if (entry.second) entry.second(count, maxCount, readFrom);
     }
   }
 
  private:
-  std::vector<std::pair<Cookie, Handler>> handlers_;
+  using List = std::vector<std::pair<Cookie, Handler>>;
+  std::shared_ptr<const List> handlers_ = std::make_shared<const List>();
   Cookie lastCookie_ = 0;
 };
 

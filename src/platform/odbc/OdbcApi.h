@@ -4,6 +4,7 @@
 // VARSENTIX_ODBC_LIBRARY names another library file (tests point it at a missing one).
 #include <sql.h>
 #include <sqlext.h>
+#include <sqlucode.h>
 
 namespace varsentix::odbc {
 
@@ -47,6 +48,25 @@ struct OdbcApi {
   SQLRETURN (*SQLForeignKeys)(SQLHSTMT, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLCHAR*,
                               SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLCHAR*,
                               SQLSMALLINT);
+  // The wide (UTF-16) entry points: Unicode drivers take text through these unchanged.
+  SQLRETURN (*SQLDriverConnectW)(SQLHDBC, SQLHWND, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*, SQLSMALLINT,
+                                 SQLSMALLINT*, SQLUSMALLINT);
+  SQLRETURN (*SQLExecDirectW)(SQLHSTMT, SQLWCHAR*, SQLINTEGER);
+  SQLRETURN (*SQLPrepareW)(SQLHSTMT, SQLWCHAR*, SQLINTEGER);
+  SQLRETURN (*SQLDescribeColW)(SQLHSTMT, SQLUSMALLINT, SQLWCHAR*, SQLSMALLINT, SQLSMALLINT*,
+                               SQLSMALLINT*, SQLULEN*, SQLSMALLINT*, SQLSMALLINT*);
+  SQLRETURN (*SQLColAttributeW)(SQLHSTMT, SQLUSMALLINT, SQLUSMALLINT, SQLPOINTER, SQLSMALLINT,
+                                SQLSMALLINT*, SQLLEN*);
+  SQLRETURN (*SQLGetDiagRecW)(SQLSMALLINT, SQLHANDLE, SQLSMALLINT, SQLWCHAR*, SQLINTEGER*,
+                              SQLWCHAR*, SQLSMALLINT, SQLSMALLINT*);
+  SQLRETURN (*SQLTablesW)(SQLHSTMT, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*,
+                          SQLSMALLINT, SQLWCHAR*, SQLSMALLINT);
+  SQLRETURN (*SQLPrimaryKeysW)(SQLHSTMT, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*,
+                               SQLSMALLINT);
+  SQLRETURN (*SQLForeignKeysW)(SQLHSTMT, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*,
+                               SQLSMALLINT, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*, SQLSMALLINT,
+                               SQLWCHAR*, SQLSMALLINT);
+  SQLRETURN (*SQLGetConnectAttr)(SQLHDBC, SQLINTEGER, SQLPOINTER, SQLINTEGER, SQLINTEGER*);
 };
 
 // The loaded driver manager. Loads it on first use (thread-safe). Raises VBError (ProviderError,
