@@ -96,6 +96,9 @@ void clsData::CloseAccess2() {
 }
 
 void clsData::closeAll() {
+  // The second record set is only released, not closed; it goes first so that its cursor never
+  // outlives the connection it reads from.
+  rsAccess2_.reset();
   if (isOpen(rsOracle_)) rsOracle_->Close();
   if (isOpen(rsAccess_)) rsAccess_->Close();
   if (isOpen(oracleCn_)) oracleCn_->Close();
@@ -103,7 +106,6 @@ void clsData::closeAll() {
   rsOracle_.reset();
   rsAccess_.reset();
   accessCn_.reset();
-  rsAccess2_.reset();
 }
 
 void clsData::getOracleConnection(const std::string& connectionString) {

@@ -52,8 +52,16 @@ class LockHolder {
  public:
   LockHolder(const std::string& path, const std::string& readyFile, const std::string& seconds) {
     const std::string script = "touch '" + readyFile + "'; sleep " + seconds;
-    const char* argv[] = {"flock", "-x", path.c_str(), "-c", script.c_str(), nullptr};
-    if (posix_spawnp(&pid_, "flock", nullptr, nullptr, const_cast<char* const*>(argv), environ) != 0) {
+    const char* argv[] = {"flock", "-x", "-o", path.c_str(), "-c", script.c_str(), nullptr};
+    // -o: only flock itself holds the lock, not the shell it starts, so the lock goes with it.
+    // A process group of its own lets stop() end the shell too.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    const int spawned = posix_spawnp(&pid_, "flock", nullptr, &attributes, const_cast<char* const*>(argv), environ);
+    posix_spawnattr_destroy(&attributes);
+    if (spawned != 0) {
       pid_ = -1;
       return;
     }
@@ -73,7 +81,7 @@ class LockHolder {
   }
   void stop() {
     if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
+    kill(-pid_, SIGKILL);
     waitpid(pid_, nullptr, 0);
     pid_ = -1;
   }

@@ -224,6 +224,14 @@ TEST_F(NwindProvider, DateLiteralsInQueries) {
   EXPECT_EQ(rs->RecordCount(), 2);
 }
 
+TEST_F(NwindProvider, DateValuesWrittenBackAsLiteralsFindTheirRows) {
+  auto rs = openRecordset(cn(), "SELECT [OrderDate] FROM [Orders] WHERE [OrderID] = 10330");
+  std::string text = rs->field("OrderDate").Value().toText();
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] WHERE [OrderDate] = #" + text + "#"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] WHERE [OrderDate] = '" + text + "'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] WHERE [OrderDate] = '1994-11-16'"), "2");
+}
+
 TEST_F(NwindProvider, LikeIsCaseInsensitive) {
   EXPECT_EQ(value("SELECT count(*) FROM [Customers] WHERE [CompanyName] LIKE 'ALFREDS%'"), "1");
   EXPECT_EQ(value("SELECT count(*) FROM [Customers] WHERE [CompanyName] LIKE 'alfreds%'"), "1");

@@ -123,6 +123,18 @@ TEST_F(NwindQueries, DateLiteralsMatchStoredDates) {
             value("SELECT count(*) FROM Orders WHERE OrderDate LIKE '1995-%'"));
 }
 
+TEST_F(NwindQueries, DateTextComparesAsADate) {
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16 00:00:00'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE '1994-11-16T00:00:00' = OrderDate"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16 00:00:00.000'"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate > '1996-06-04'"),
+            value("SELECT count(*) FROM Orders WHERE OrderDate >= #6/5/1996#"));
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate < '1994-08-05'"), "1");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate = '1994-11-16 00:00:01'"), "0");
+  EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE OrderDate IN (SELECT OrderDate FROM Orders WHERE OrderID = 10330)"), "2");
+}
+
 TEST_F(NwindQueries, LikeIgnoresCase) {
   EXPECT_EQ(value("SELECT count(*) FROM [Customers] WHERE [CompanyName] LIKE 'alfreds%'"), "1");
   EXPECT_EQ(value("SELECT count(*) FROM [Customers] WHERE [CompanyName] LIKE 'ALFREDS F_TTERKISTE'"), "1");
@@ -141,6 +153,21 @@ TEST_F(NwindQueries, YesNoComparesWithTrueAndFalse) {
 TEST_F(NwindQueries, CurrencyComparesAsANumber) {
   EXPECT_EQ(value("SELECT count(*) FROM Orders WHERE Freight = 12.75"), "1");
   EXPECT_EQ(value("SELECT count(*) FROM Products WHERE UnitPrice > 100"), "2");
+}
+
+TEST_F(NwindQueries, SinglesCompareAsTheNumbersAccessShows) {
+  EXPECT_EQ(value("SELECT Discount FROM [Order Details] WHERE OrderID = 10250 AND ProductID = 51"), "0.15");
+  EXPECT_EQ(value("SELECT count(*) FROM [Order Details] WHERE OrderID = 10250 AND Discount = 0.15"), "2");
+  EXPECT_EQ(value("SELECT count(*) FROM [Order Details] WHERE OrderID = 10250 AND Discount LIKE 0.15"), "2");
+}
+
+TEST_F(NwindQueries, WhereClauseOfLikeConditionsFindsItsRecord) {
+  // The form the record comparison writes: the first condition with =, the later ones LIKE.
+  EXPECT_EQ(value("SELECT count(*) FROM [Orders] Where OrderID = 10331 AND CustomerID LIKE 'BONAP'"
+                  " AND OrderDate LIKE #1994-11-16 00:00:00# AND Freight LIKE '10.19'"
+                  " AND ShipName LIKE 'Bon app''' AND ShipVia LIKE 1"),
+            "1");
+  EXPECT_EQ(value("SELECT count(*) FROM [Products] Where ProductID = 5 AND Discontinued LIKE True"), "1");
 }
 
 TEST_F(NwindQueries, BracketedNamesWithBlanksAndUmlauts) {

@@ -35,7 +35,7 @@ TEST(JetTypes, EachAccessTypeHasItsDeclaredAndAdoType) {
       {AccessType::Currency, 0, "CURRENCY", adCurrency, 8},
       {AccessType::Single, 0, "SINGLE", adSingle, 4},
       {AccessType::Double, 0, "DOUBLE", adDouble, 8},
-      {AccessType::DateTime, 0, "DATETIME", adDate, 8},
+      {AccessType::DateTime, 0, "DATETIME COLLATE JETDATE", adDate, 8},
       {AccessType::Binary, 50, "BINARY(50)", adBinary, 50},
       {AccessType::Text, 40, "TEXT(40) COLLATE NOCASE", adVarWChar, 40},
       {AccessType::OleObject, 0, "LONGBINARY", adLongVarBinary, 1073741823},

@@ -66,11 +66,13 @@ class clsData {
  private:
   vb::Ref<ado::Connection>& oracleCn();
 
+  // Connections first: members go in reverse order, so record sets go before the connections
+  // they read from.
   vb::Ref<ado::Connection> accessCn_;
+  vb::Ref<ado::Connection> oracleCn_;
   vb::Ref<ado::Recordset> rsOracle_;
   vb::Ref<ado::Recordset> rsAccess_;
   vb::Ref<ado::Recordset> rsAccess2_;
-  vb::Ref<ado::Connection> oracleCn_;
 };
 
 }  // namespace varsentix

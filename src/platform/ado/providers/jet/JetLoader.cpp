@@ -2,7 +2,11 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
 #include <cstdio>
+#include <initializer_list>
 
 #include "platform/ado/providers/jet/JetTypes.h"
 #include "platform/ado/providers/jet/MdbFile.h"
@@ -53,6 +57,14 @@ std::string insertSql(const JetTable& table) {
   return sql + ")";
 }
 
+double singleAsDouble(float value) {
+  char text[32];
+  auto [end, error] = std::to_chars(text, text + sizeof text, value);
+  if (error != std::errc()) return value;
+  *end = '\0';
+  return std::strtod(text, nullptr);
+}
+
 void bindValue(sqlite3_stmt* statement, int index, const vb::Variant& value) {
   switch (value.type()) {
     case vb::VarType::Empty:
@@ -61,6 +73,10 @@ void bindValue(sqlite3_stmt* statement, int index, const vb::Variant& value) {
     case vb::VarType::Integer:
     case vb::VarType::Long: sqlite3_bind_int(statement, index, value.toInt32()); break;
     case vb::VarType::Single:
+      // The double nearest the Single's shortest text (0.15f is stored as 0.15), so that it
+      // compares with and reads as the number Access shows.
+      sqlite3_bind_double(statement, index, singleAsDouble(static_cast<float>(value.toDouble())));
+      break;
     case vb::VarType::Double: sqlite3_bind_double(statement, index, value.toDouble()); break;
     case vb::VarType::Currency:
       // The nearest double to the exact amount; exact for amounts below 900 billion.
@@ -102,6 +118,36 @@ void copyTable(MdbFile& file, sqlite3* db, const JetTable& table) {
   });
 }
 
+// Date text in the forms other sides write ("YYYY-MM-DD", "YYYY-MM-DDTHH:MM:SS",
+// "HH:MM:SS", "YYYY-MM-DD HH:MM", a zero fraction) brought to the stored form.
+std::string canonicalDateText(const char* text, int length) {
+  std::string value(text, static_cast<size_t>(std::max(length, 0)));
+  auto digitsAt = [&](std::initializer_list<size_t> positions) {
+    for (size_t p : positions)
+      if (p >= value.size() || value[p] < '0' || value[p] > '9') return false;
+    return true;
+  };
+  bool isoDate = value.size() >= 10 && value[4] == '-' && value[7] == '-' &&
+                 digitsAt({0, 1, 2, 3, 5, 6, 8, 9});
+  if (isoDate && value.size() == 10) return value + " 00:00:00";
+  if (isoDate && value.size() > 10 && value[10] == 'T') value[10] = ' ';
+  if (value.size() == 8 && value[2] == ':' && value[5] == ':' && digitsAt({0, 1, 3, 4, 6, 7}))
+    return "1899-12-30 " + value;
+  if (isoDate && value.size() == 16 && value[13] == ':') return value + ":00";
+  if (isoDate && value.size() > 19 && value[19] == '.' &&
+      value.find_first_not_of('0', 20) == std::string::npos)
+    value.resize(19);
+  return value;
+}
+
+// The collation of Date/Time columns: Jet compares a date column with date text as dates, so
+// '1996-07-04' equals the stored '1996-07-04 00:00:00'.
+int compareDateTexts(void*, int leftLength, const void* left, int rightLength, const void* right) {
+  std::string a = canonicalDateText(static_cast<const char*>(left), leftLength);
+  std::string b = canonicalDateText(static_cast<const char*>(right), rightLength);
+  return a.compare(b) < 0 ? -1 : a.compare(b) > 0 ? 1 : 0;
+}
+
 }  // namespace
 
 void SqliteCloser::operator()(sqlite3* db) const { sqlite3_close_v2(db); }
@@ -124,6 +170,9 @@ LoadedAccessFile loadAccessFile(const std::string& path, const std::string& data
   loaded.db.reset(raw);
   if (rc != SQLITE_OK) raiseLoad(raw, path, "in-memory database");
   sqlite3* db = loaded.db.get();
+  if (sqlite3_create_collation_v2(db, "JETDATE", SQLITE_UTF8, nullptr, &compareDateTexts, nullptr) !=
+      SQLITE_OK)
+    raiseLoad(db, path, "date collation");
   exec(db, path, "BEGIN");
   for (const auto& table : catalog.tables) {
     if (table.kind == JetTableKind::Table) {

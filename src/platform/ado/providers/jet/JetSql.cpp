@@ -187,7 +187,9 @@ std::string translateJetSql(const std::string& sql) {
       std::string literal = sql.substr(i, end + 1 - i);
       auto value = parseJetDateLiteral(literal.substr(1, literal.size() - 2));
       if (!value) raiseDateSyntax(literal);
-      out += "'" + storedDateText(*value) + "'";
+      out += '\'';
+      out += storedDateText(*value);
+      out += '\'';
       i = end + 1;
     } else if (c == '&') {
       out += "||";

@@ -91,6 +91,7 @@ std::string declaredColumnType(const JetColumn& column) {
       std::snprintf(size, sizeof size, "(%u,%u)", column.precision, column.scale);
       return declared + size;
     case AccessType::Memo: return declared + " COLLATE NOCASE";
+    case AccessType::DateTime: return declared + " COLLATE JETDATE";
     default: return declared;
   }
 }

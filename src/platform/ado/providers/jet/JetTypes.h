@@ -13,7 +13,8 @@ namespace varsentix::ado::detail {
 // The declared SQLite column type that keeps the Access type: "BIT", "BYTE", "SHORT", "LONG",
 // "CURRENCY", "SINGLE", "DOUBLE", "DATETIME", "BINARY(n)", "TEXT(n)", "LONGBINARY", "LONGTEXT",
 // "GUID", "DECIMAL(p,s)"; text columns also get COLLATE NOCASE (Jet compares text without
-// regard to case). Complex columns keep their Long id; unknown types their raw bytes.
+// regard to case) and date columns COLLATE JETDATE (the loader's collation that compares date
+// text as dates). Complex columns keep their Long id; unknown types their raw bytes.
 std::string declaredColumnType(const JetColumn& column);
 
 // The ADO description of a column declared with declaredColumnType (the collation left out),
