@@ -1,7 +1,6 @@
 #include "varsentix/datasource/modRegFunctions.h"
 
 #include <cstdint>
-#include <exception>
 
 #include "varsentix/platform/vb/Conversions.h"
 #include "varsentix/platform/vb/VBError.h"

@@ -77,6 +77,14 @@ TEST(DataSourceList, ThreeDataSourcesOfRealDriversInFileOrder) {
                    "[4]=DSN=" + std::string(5, ' ') + " | " + std::string(31, ' ')}));
 }
 
+TEST(DataSourceList, NamesAreBytesAndTheClosingEntryCountsThem) {
+  // "Größe": 5 letters, 7 bytes.
+  OdbcConfig config({DataSource{"Gr\xc3\xb6\xc3\x9f" "e", kShortDriver, {}}});
+  EXPECT_EQ(inChildProcess(config, loadAndDescribe),
+            (Lines{"count=2", "[0]=", "[1]=DSN=Gr\xc3\xb6\xc3\x9f" "e | D1",
+                   "[2]=DSN=" + std::string(7, ' ') + " |   "}));
+}
+
 TEST(DataSourceList, ListedEntriesBecomeConnectionStrings) {
   OdbcConfig config({{"Chinook", kSQLiteDriver, {{"Database", "/nonexistent/chinook.db"}}},
                      {"Sales", kPostgreSQLDriver, {{"Servername", "127.0.0.1"}}},

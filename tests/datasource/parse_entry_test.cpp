@@ -94,3 +94,9 @@ TEST(IsFileBasedDriver, OtherDriversAreNot) {
   EXPECT_FALSE(ModDNS::isFileBasedDriver("SQL Server"));
   EXPECT_FALSE(ModDNS::isFileBasedDriver(""));
 }
+
+TEST(ParseDSNName, BarInsideTheNameEndsTheNameThere) {
+  std::string entry = "DSN=Left|Right | SQLite3";
+  EXPECT_EQ(ModDNS::parseDSNName(entry), "Left");
+  EXPECT_EQ(ModDNS::parseDriverName(entry), "Right | SQLite3");
+}
