@@ -34,6 +34,14 @@ class RowCursor {
   virtual const std::vector<ColumnInfo>& columns() const = 0;
   // Reads the next row into row (resized to the column count). Returns false at the end.
   virtual bool fetch(std::vector<vb::Variant>& row) = 0;
+
+  // Optional value-at-a-time reading, for cursors that can read one value of the current row
+  // without converting the others (the record set then converts only what is read):
+  // advance() steps to the next row without reading it (false at the end), valueAt(i) reads
+  // value i of the row advance() or fetch() reached. Mixing the two stepping calls is allowed.
+  virtual bool supportsValueAt() const { return false; }
+  virtual bool advance() { return false; }
+  virtual vb::Variant valueAt(size_t /*column*/) { return {}; }
 };
 
 // One open session. All SQL handed to a session is in the system's dialect: [bracketed]

@@ -91,7 +91,6 @@ Recordset::Recordset()
     : impl_(std::make_unique<detail::RecordsetImpl>()), fields_(std::make_unique<Fields>(*this)) {}
 Recordset::~Recordset() = default;
 
-detail::RecordsetImpl& Recordset::impl() { return *impl_; }
 
 CursorTypeEnum Recordset::CursorType() const { return impl_->cursorType; }
 LockTypeEnum Recordset::LockType() const { return impl_->lockType; }

@@ -49,6 +49,8 @@ void RecordsetImpl::openStreaming(std::shared_ptr<Connection> connection, std::s
     for (auto& c : columns_)
       if (c.baseTable.empty()) c.baseTable = baseTable_, c.baseColumn = c.name;
   inMemory_ = false;
+  lazy_ = cursor_->supportsValueAt();
+  materialized_ = false;
   cursorPos_ = -1;
   cursorDone_ = false;
   currentValid_ = false;
@@ -93,9 +95,8 @@ void RecordsetImpl::close() {
   bof_ = eof_ = true;
 }
 
-void RecordsetImpl::requireOpen() const {
-  if (!open_) raise(vb::errnum::ObjectClosed);
-}
+void RecordsetImpl::raiseClosed() { raise(vb::errnum::ObjectClosed); }
+void RecordsetImpl::raiseNoSuchItem() { raise(vb::errnum::ItemNotFound); }
 
 void RecordsetImpl::requireCurrent() const {
   requireOpen();
@@ -109,13 +110,16 @@ bool RecordsetImpl::goTo(int64_t index) {
   if (inMemory_) return index < static_cast<int64_t>(rows_.size());
   if (index < cursorPos_ || (index == cursorPos_ && !currentValid_)) {
     cursor_ = reopen_();  // moving back: run the query again and walk to the row
+    lazy_ = cursor_->supportsValueAt();
     cursorPos_ = -1;
     cursorDone_ = false;
     currentValid_ = false;
   }
   while (cursorPos_ < index) {
     if (cursorDone_) return false;
-    if (!cursor_->fetch(current_)) {
+    bool stepped = lazy_ ? cursor_->advance() : cursor_->fetch(current_);
+    materialized_ = !lazy_;
+    if (!stepped) {
       cursorDone_ = true;
       currentValid_ = false;
       knownCount_ = cursorPos_ + 1;
@@ -198,11 +202,13 @@ void RecordsetImpl::moveLast() {
       raise(vb::errnum::NoCurrentRecord);
     }
   }
+  currentRow();  // the row reached so far, read before the cursor moves on
   Row next;
   while (cursor_->fetch(next)) {
     current_.swap(next);
     ++cursorPos_;
   }
+  materialized_ = true;
   cursorDone_ = true;
   currentValid_ = true;
   knownCount_ = cursorPos_ + 1;
@@ -216,7 +222,7 @@ int32_t RecordsetImpl::recordCount() {
   bool server = cursorLocation != adUseClient;
   if (cursorType == adOpenForwardOnly || (server && cursorType == adOpenDynamic)) return -1;
   if (knownCount_ < 0) {
-    if (!countSql_.empty()) {
+    if (!countSql_.empty() && connection_) {
       knownCount_ = connection_->session().countRows(countSql_);
     } else {
       auto counter = reopen_();
@@ -231,12 +237,6 @@ int32_t RecordsetImpl::recordCount() {
 
 // ---- fields ---------------------------------------------------------------------------------
 
-const ColumnInfo& RecordsetImpl::column(int32_t index) const {
-  requireOpen();
-  if (index < 0 || index >= static_cast<int32_t>(columns_.size())) raise(vb::errnum::ItemNotFound);
-  return columns_[static_cast<size_t>(index)];
-}
-
 int32_t RecordsetImpl::indexOf(const std::string& name) const {
   if (!open_) raise(vb::errnum::ItemNotFound);
   for (size_t i = 0; i < columns_.size(); ++i)
@@ -248,14 +248,21 @@ int32_t RecordsetImpl::indexOf(const std::string& name) const {
 }
 
 const Row& RecordsetImpl::currentRow() const {
-  return inMemory_ ? rows_[static_cast<size_t>(pos_)] : current_;
+  if (inMemory_) return rows_[static_cast<size_t>(pos_)];
+  if (!materialized_) {
+    current_.resize(columns_.size());
+    for (size_t i = 0; i < columns_.size(); ++i) current_[i] = cursor_->valueAt(i);
+    materialized_ = true;
+  }
+  return current_;
 }
 
 Row& RecordsetImpl::currentRowForWrite() {
+  currentRow();
   return inMemory_ ? rows_[static_cast<size_t>(pos_)] : current_;
 }
 
-vb::Variant RecordsetImpl::value(int32_t index) const {
+vb::Variant RecordsetImpl::valueSlowly(int32_t index) const {
   column(index);
   if (editMode_ != adEditNone) {
     const vb::Variant& v = editBuffer_[static_cast<size_t>(index)];
@@ -444,6 +451,7 @@ void RecordsetImpl::update() {
       pos_ = static_cast<int64_t>(rows_.size()) - 1;
     } else {
       current_ = std::move(written);
+      materialized_ = true;
       currentValid_ = false;  // the cursor's row at this position is another one
       if (pos_ < 0) pos_ = 0;
       if (knownCount_ >= 0) ++knownCount_;

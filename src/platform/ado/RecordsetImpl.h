@@ -45,11 +45,24 @@ class RecordsetImpl {
   void moveLast();
 
   int32_t fieldCount() const { return open_ ? static_cast<int32_t>(columns_.size()) : 0; }
-  // REQUIRES open. Raises 3265 for an unknown index / name.
-  const ColumnInfo& column(int32_t index) const;
+  // Raises 3704 when closed, 3265 for an unknown index / name.
+  const ColumnInfo& column(int32_t index) const {
+    if (!open_) raiseClosed();
+    if (index < 0 || index >= static_cast<int32_t>(columns_.size())) raiseNoSuchItem();
+    return columns_[static_cast<size_t>(index)];
+  }
   int32_t indexOf(const std::string& name) const;
 
-  vb::Variant value(int32_t index) const;
+  vb::Variant value(int32_t index) const {
+    // The common case inline: an open record set on a row, not editing, a valid index.
+    if (open_ && !bof_ && !eof_ && editMode_ == adEditNone && index >= 0 &&
+        static_cast<size_t>(index) < columns_.size()) {
+      if (inMemory_) return rows_[static_cast<size_t>(pos_)][static_cast<size_t>(index)];
+      if (!materialized_) return cursor_->valueAt(static_cast<size_t>(index));
+      return current_[static_cast<size_t>(index)];
+    }
+    return valueSlowly(index);
+  }
   vb::Variant originalValue(int32_t index) const;
   void setValue(int32_t index, const vb::Variant& value);
 
@@ -69,8 +82,13 @@ class RecordsetImpl {
   std::vector<std::string> keyColumns() const;
 
  private:
-  void requireOpen() const;
+  void requireOpen() const {
+    if (!open_) raiseClosed();
+  }
+  [[noreturn]] static void raiseClosed();
+  [[noreturn]] static void raiseNoSuchItem();
   void requireCurrent() const;
+  vb::Variant valueSlowly(int32_t index) const;
   bool goTo(int64_t index);
   void finishPendingEdit();
   const Row& currentRow() const;
@@ -96,8 +114,10 @@ class RecordsetImpl {
   std::string countSql_;
   int64_t cursorPos_ = -1;      // index of the row last fetched from cursor_
   bool cursorDone_ = false;
-  bool currentValid_ = false;   // current_ holds the row at cursorPos_
-  Row current_;
+  bool currentValid_ = false;   // the cursor (or current_) holds the row at cursorPos_
+  bool lazy_ = false;           // the cursor reads values one at a time (valueAt)
+  mutable bool materialized_ = false;  // current_ holds the current row's values
+  mutable Row current_;
   // Rows in memory.
   std::vector<Row> rows_;
 

@@ -1,6 +1,8 @@
 #include "platform/ado/TypeInfo.h"
 
+#include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <cstdio>
 #include <limits>
 
@@ -10,7 +12,7 @@
 namespace varsentix::ado::detail {
 namespace {
 
-bool isDecimalText(const std::string& text) {
+bool isDecimalText(std::string_view text) {
   size_t i = 0;
   if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
   bool digits = false, point = false;
@@ -261,34 +263,39 @@ int32_t actualSizeOf(DataTypeEnum type, const vb::Variant& value) {
   return fixed != 0 ? fixed : static_cast<int32_t>(value.toText().size());
 }
 
-std::string withScale(const std::string& digits, uint8_t scale) {
-  if (scale == 255 || !isDecimalText(digits)) return digits;
-  bool negative = digits[0] == '-';
-  std::string body = (digits[0] == '-' || digits[0] == '+') ? digits.substr(1) : digits;
-  size_t point = body.find('.');
-  std::string whole = point == std::string::npos ? body : body.substr(0, point);
-  std::string fraction = point == std::string::npos ? "" : body.substr(point + 1);
-  if (whole.empty()) whole = "0";
-  bool roundUp = fraction.size() > scale && fraction[scale] >= '5';
-  fraction.resize(scale, '0');
-  std::string all = whole + fraction;
-  if (roundUp) {
+std::string withScale(std::string_view digits, uint8_t scale) {
+  if (scale == 255 || !isDecimalText(digits)) return std::string(digits);
+  std::string_view text(digits);
+  bool negative = text[0] == '-';
+  if (text[0] == '-' || text[0] == '+') text.remove_prefix(1);
+  size_t point = text.find('.');
+  std::string_view whole = text.substr(0, point);
+  std::string_view fraction = point == std::string_view::npos ? std::string_view() : text.substr(point + 1);
+  // all: the digits of the result without its point.
+  std::string all;
+  all.reserve(whole.size() + scale + 2);
+  if (whole.empty()) all.push_back('0');
+  all.append(whole.data(), whole.size());
+  size_t kept = std::min<size_t>(fraction.size(), scale);
+  all.append(fraction.data(), kept);
+  all.append(scale - kept, '0');
+  if (fraction.size() > scale && fraction[scale] >= '5') {
     size_t i = all.size();
-    while (i > 0) {
-      --i;
-      if (all[i] == '9') {
-        all[i] = '0';
-      } else {
-        ++all[i];
-        break;
-      }
-      if (i == 0) all.insert(all.begin(), '1');
-    }
+    while (i > 0 && all[i - 1] == '9') all[--i] = '0';
+    if (i == 0)
+      all.insert(all.begin(), '1');
+    else
+      ++all[i - 1];
   }
-  std::string result = all.substr(0, all.size() - scale);
-  if (scale > 0) result += "." + all.substr(all.size() - scale);
-  bool zero = result.find_first_not_of("0.") == std::string::npos;
-  return (negative && !zero ? "-" : "") + result;
+  std::string result;
+  result.reserve(all.size() + 2);
+  if (negative && all.find_first_not_of('0') != std::string::npos) result.push_back('-');
+  result.append(all, 0, all.size() - scale);
+  if (scale > 0) {
+    result.push_back('.');
+    result.append(all, all.size() - scale, scale);
+  }
+  return result;
 }
 
 }  // namespace varsentix::ado::detail

@@ -4,6 +4,7 @@
 // suits a column of a given ADO type.
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "varsentix/platform/ado/Enums.h"
 #include "varsentix/platform/vb/Variant.h"
@@ -34,6 +35,6 @@ int32_t actualSizeOf(DataTypeEnum type, const vb::Variant& value);
 
 // The decimal text "digits" with exactly `scale` digits after the point (rounded half away
 // from zero, as the engines round NUMERIC); unchanged when scale is 255 (unknown).
-std::string withScale(const std::string& digits, uint8_t scale);
+std::string withScale(std::string_view digits, uint8_t scale);
 
 }  // namespace varsentix::ado::detail

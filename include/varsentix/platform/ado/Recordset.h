@@ -118,7 +118,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   void Save(const std::string& destination, PersistFormatEnum format = adPersistXML);
 
   // For the record-set layer's own use.
-  detail::RecordsetImpl& impl();
+  detail::RecordsetImpl& impl() { return *impl_; }
 
  private:
   std::unique_ptr<detail::RecordsetImpl> impl_;
