@@ -166,7 +166,7 @@ TEST_P(RecordsetOnEngine, ForeignKeyRowsetIsRestrictedByThePrimaryKeyTable) {
 TEST_P(RecordsetOnEngine, FieldsReportTypesSizesAndLocaleFreeText) {
   ADO_TEST_DATABASE(db, engine());
   Ddl d = ddlFor(engine());
-  db->exec("CREATE TABLE typed (i " + d.integer + ", dec " + d.decimal + ", f " + d.floating +
+  db->exec("CREATE TABLE typed (i " + d.integer + ", amount " + d.decimal + ", f " + d.floating +
            ", s10 VARCHAR(10), s255 VARCHAR(255), memo " + d.longText + ", d " + d.date +
            ", ts " + d.timestamp + ", b " + d.boolean + ", bin " + d.binary + ", nada INTEGER)");
   std::string blob = engine() == Engine::PostgreSQL ? "'\\x00ff41'::bytea" : "X'00FF41'";
@@ -183,9 +183,9 @@ TEST_P(RecordsetOnEngine, FieldsReportTypesSizesAndLocaleFreeText) {
   EXPECT_EQ(rs->field("i").ActualSize(), 4);
   EXPECT_EQ(rs->field("i").Value().toText(), "-42");
 
-  EXPECT_EQ(rs->field("dec").Type(), adNumeric);
-  EXPECT_EQ(rs->field("dec").Value().toText(), "12.50");
-  EXPECT_EQ(rs->field("dec").NumericScale(), 2);
+  EXPECT_EQ(rs->field("amount").Type(), adNumeric);
+  EXPECT_EQ(rs->field("amount").Value().toText(), "12.50");
+  EXPECT_EQ(rs->field("amount").NumericScale(), 2);
 
   EXPECT_EQ(rs->field("f").Type(), adDouble);
   EXPECT_EQ(rs->field("f").Value().toText(), "0.1");
@@ -493,7 +493,7 @@ TEST_P(RecordsetOnEngine, CloneIsAnIndependentCopyOnItsFirstRow) {
 TEST_P(RecordsetOnEngine, SavedXmlReadsBackWithTheSameTypesSizesAndValues) {
   ADO_TEST_DATABASE(db, engine());
   Ddl d = ddlFor(engine());
-  db->exec("CREATE TABLE saved (id INTEGER NOT NULL PRIMARY KEY, s VARCHAR(50), dec " + d.decimal +
+  db->exec("CREATE TABLE saved (id INTEGER NOT NULL PRIMARY KEY, s VARCHAR(50), amount " + d.decimal +
            ", f " + d.floating + ", ts " + d.timestamp + ", bin " + d.binary + ")");
   auto cn = connect(*db);
   auto writer = open(cn, "[saved]", adOpenDynamic, adLockOptimistic, adCmdTable);
@@ -501,7 +501,7 @@ TEST_P(RecordsetOnEngine, SavedXmlReadsBackWithTheSameTypesSizesAndValues) {
   writer->AddNew();
   writer->field("id").setValue(int32_t{1});
   writer->field("s").setValue(tricky);
-  writer->field("dec").setValue(vb::Decimal{"-3.25"});
+  writer->field("amount").setValue(vb::Decimal{"-3.25"});
   writer->field("f").setValue(1.5e-7);
   writer->field("ts").setValue(vb::DateTime::parse("1999-12-31 23:59:59.5"));
   writer->field("bin").setValue(vb::Bytes{0, 1, 0x3C, 0x26, 0xFF});

@@ -216,3 +216,40 @@ TEST(SqliteProvider, ASessionWrappingAnOpenDatabaseCanChangeNamesTypesAndRefuseW
   ASSERT_TRUE(still->fetch(row));
   EXPECT_EQ(row[0].toInt64(), 1);
 }
+
+TEST(SqliteProvider, AnInsertNamingItsTableAsALiteralRuns) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + emptyDatabase(dir));
+  int32_t affected = 0;
+  cn->Execute("insert into 'seeded'(id,v)VALUES (7,'O''Brien [x]')", &affected);
+  EXPECT_EQ(affected, 1);
+  auto rs = cn->Execute("Select * from [seeded] Where id = 7 AND v LIKE 'O''Brien [x]'");
+  ASSERT_FALSE(rs->isEOF());
+  EXPECT_EQ(rs->field("v").Value().toText(), "O'Brien [x]");
+}
+
+TEST(SqliteProvider, ExecuteWithoutRecordsReturnsAClosedRecordSet) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + emptyDatabase(dir));
+  auto rs = cn->Execute("select * from [seeded]", nullptr, adExecuteNoRecords);
+  EXPECT_EQ(rs->State(), adStateClosed);
+  auto none = vb::Ref<Recordset>::make();
+  EXPECT_EQ(expectVBError([&] { none->Open("select 1", vb::Ref<Connection>()); }).number(),
+            vb::errnum::ArgumentsWrongType);
+}
+
+TEST(SqliteProvider, ATableOpenedByNameIsUpdatableWithoutAKey) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + emptyDatabase(dir));
+  cn->Execute("CREATE TABLE [no key] ([a] INTEGER, [b] TEXT)");
+  cn->Execute("INSERT INTO [no key] VALUES (1, NULL)");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open("no key", cn, adOpenDynamic, adLockOptimistic, adCmdTable);
+  rs->field("b").setValue("set");
+  rs->Update();
+  auto check = cn->Execute("select [b] from [no key]");
+  EXPECT_EQ(check->field(0).Value().toText(), "set");
+}

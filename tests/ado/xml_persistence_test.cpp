@@ -160,3 +160,43 @@ TEST(XmlPersistence, ARecordSetReadFromAFileCanBeSavedAgain) {
   EXPECT_EQ(second->field("first name").Value().toText(), "a'b");
   EXPECT_EQ(second->field("m").Type(), adCurrency);
 }
+
+TEST(XmlPersistence, ARecordSetReadWithoutAConnectionTakesChangesInMemory) {
+  TempDir dir;
+  std::string file = saveAwkwardRows(dir, "select * from [odd table] order by [id]");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockOptimistic, adCmdFile);
+  rs->field("first name").setValue("changed");
+  rs->Update();
+  EXPECT_EQ(rs->field("first name").Value().toText(), "changed");
+  rs->AddNew();
+  rs->field("id").setValue(int32_t{3});
+  rs->Update();
+  EXPECT_EQ(rs->RecordCount(), 3);
+  EXPECT_EQ(rs->field("id").Value().toInt32(), 3);
+  EXPECT_TRUE(rs->field("first name").Value().isNull());
+  auto readOnly = vb::Ref<Recordset>::make();
+  readOnly->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile);
+  EXPECT_EQ(expectVBError([&] { readOnly->field("id").setValue(int32_t{1}); }).number(),
+            vb::errnum::NotSupported);
+}
+
+TEST(XmlPersistence, ACloneSavesTheRowsItCopied) {
+  TempDir dir;
+  std::string path = dir.file("db.sqlite");
+  std::ofstream(path).close();
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  cn->Execute("CREATE TABLE [t] ([id] INTEGER PRIMARY KEY, [v] VARCHAR(5))");
+  cn->Execute("INSERT INTO [t] VALUES (1, 'one')");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open("select * from [t]", cn, adOpenDynamic, adLockOptimistic, adCmdText);
+  auto copy = rs->Clone();
+  cn->Execute("UPDATE [t] SET [v] = 'two'");
+  std::string file = dir.file("clone.xml");
+  copy->Save(file);
+  auto back = vb::Ref<Recordset>::make();
+  back->Open(file, cn, adOpenStatic, adLockReadOnly, adCmdFile);
+  EXPECT_EQ(back->field("v").Value().toText(), "one");
+  EXPECT_EQ(back->field("v").DefinedSize(), 5);
+}

@@ -222,7 +222,7 @@ int32_t RecordsetImpl::recordCount() {
   bool server = cursorLocation != adUseClient;
   if (cursorType == adOpenForwardOnly || (server && cursorType == adOpenDynamic)) return -1;
   if (knownCount_ < 0) {
-    if (!countSql_.empty()) {
+    if (!countSql_.empty() && connection_) {
       knownCount_ = connection_->session().countRows(countSql_);
     } else {
       auto counter = reopen_();
@@ -262,14 +262,7 @@ Row& RecordsetImpl::currentRowForWrite() {
   return inMemory_ ? rows_[static_cast<size_t>(pos_)] : current_;
 }
 
-vb::Variant RecordsetImpl::value(int32_t index) const {
-  // The common case first: an open record set positioned on a row, not editing.
-  if (open_ && !bof_ && !eof_ && editMode_ == adEditNone && index >= 0 &&
-      static_cast<size_t>(index) < columns_.size()) {
-    if (inMemory_) return rows_[static_cast<size_t>(pos_)][static_cast<size_t>(index)];
-    if (!materialized_) return cursor_->valueAt(static_cast<size_t>(index));
-    return current_[static_cast<size_t>(index)];
-  }
+vb::Variant RecordsetImpl::valueSlowly(int32_t index) const {
   column(index);
   if (editMode_ != adEditNone) {
     const vb::Variant& v = editBuffer_[static_cast<size_t>(index)];

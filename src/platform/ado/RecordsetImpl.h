@@ -53,7 +53,16 @@ class RecordsetImpl {
   }
   int32_t indexOf(const std::string& name) const;
 
-  vb::Variant value(int32_t index) const;
+  vb::Variant value(int32_t index) const {
+    // The common case inline: an open record set on a row, not editing, a valid index.
+    if (open_ && !bof_ && !eof_ && editMode_ == adEditNone && index >= 0 &&
+        static_cast<size_t>(index) < columns_.size()) {
+      if (inMemory_) return rows_[static_cast<size_t>(pos_)][static_cast<size_t>(index)];
+      if (!materialized_) return cursor_->valueAt(static_cast<size_t>(index));
+      return current_[static_cast<size_t>(index)];
+    }
+    return valueSlowly(index);
+  }
   vb::Variant originalValue(int32_t index) const;
   void setValue(int32_t index, const vb::Variant& value);
 
@@ -79,6 +88,7 @@ class RecordsetImpl {
   [[noreturn]] static void raiseClosed();
   [[noreturn]] static void raiseNoSuchItem();
   void requireCurrent() const;
+  vb::Variant valueSlowly(int32_t index) const;
   bool goTo(int64_t index);
   void finishPendingEdit();
   const Row& currentRow() const;

@@ -87,24 +87,19 @@ std::optional<std::string> quickDecimal(double v, uint8_t scale) {
   double fraction = scaled - std::floor(scaled);
   if (std::fabs(fraction - 0.5) < 1e-6) return std::nullopt;
   auto units = static_cast<uint64_t>(std::llround(scaled));
-  char digits[32];
-  char* end = std::to_chars(digits, digits + sizeof digits, units).ptr;
-  std::string text;
-  size_t count = static_cast<size_t>(end - digits);
-  if (v < 0 && units != 0) text.push_back('-');
-  if (count <= scale) {
-    text.push_back('0');
-    text.push_back('.');
-    text.append(scale - count, '0');
-    text.append(digits, count);
-  } else {
-    text.append(digits, count - scale);
-    if (scale > 0) {
-      text.push_back('.');
-      text.append(end - scale, scale);
-    }
-  }
-  return text;
+  // Digits written right to left into a buffer: "-", the whole part, ".", scale decimals.
+  char buffer[48];
+  char* p = buffer + sizeof buffer;
+  for (int i = 0; i < scale; ++i, units /= 10) *--p = static_cast<char>('0' + units % 10);
+  if (scale > 0) *--p = '.';
+  do {
+    *--p = static_cast<char>('0' + units % 10);
+    units /= 10;
+  } while (units != 0);
+  bool zero = true;
+  for (char* q = p; q < buffer + sizeof buffer; ++q) zero = zero && (*q == '0' || *q == '.');
+  if (v < 0 && !zero) *--p = '-';
+  return std::string(p, static_cast<size_t>(buffer + sizeof buffer - p));
 }
 
 vb::Variant fromFloat(double v, const ColumnInfo& column) {
