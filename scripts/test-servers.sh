@@ -5,9 +5,10 @@
 #   eval "$(scripts/test-servers.sh)"          start (or reuse) the servers, export the settings
 #   scripts/test-servers.sh stop               stop the servers and remove the session folder
 #
-# The session folder ($VARSENTIX_SERVERS_DIR, default ${TMPDIR:-/tmp}/varsentix-servers-<uid>)
-# holds the data directories, sockets, logs, odbcinst.ini/odbc.ini and env.sh. A second call
-# with the same folder reuses the servers that are still running.
+# The session folder ($VARSENTIX_SERVERS_DIR, default ${TMPDIR:-/tmp}/varsentix-servers-<uid>-<id
+# of this checkout>) holds the data directories, sockets, logs, odbcinst.ini/odbc.ini and env.sh.
+# A second call with the same folder reuses the servers that are still running; checkouts side by
+# side get servers of their own, so that one stopping its servers never disturbs another.
 #
 # Prints export lines for:
 #   ODBCSYSINI              the folder with odbcinst.ini ("SQLite3", "PostgreSQL Unicode",
@@ -28,7 +29,8 @@ TEST_PASSWORD=varsentix-test
 say() { echo "test-servers: $*" >&2; }
 die() { say "$*"; exit 1; }
 
-SESSION_DIR="${VARSENTIX_SERVERS_DIR:-${TMPDIR:-/tmp}/varsentix-servers-$(id -u)}"
+CHECKOUT_ID=$(cd "$(dirname "$0")/.." && pwd | md5sum | cut -c1-8)
+SESSION_DIR="${VARSENTIX_SERVERS_DIR:-${TMPDIR:-/tmp}/varsentix-servers-$(id -u)-$CHECKOUT_ID}"
 PG_DIR="$SESSION_DIR/pg"
 MY_DIR="$SESSION_DIR/mariadb"
 ODBC_DIR="$SESSION_DIR/odbc"
@@ -96,7 +98,7 @@ start_postgres() {
     -E UTF8 --locale=C.UTF-8 --auth-local=trust --auth-host=scram-sha-256 >"$SESSION_DIR/pg-initdb.log" 2>&1 ||
     die "initdb failed, see $SESSION_DIR/pg-initdb.log"
   as_owner "$PG_OWNER" "$bin/pg_ctl" -D "$PG_DIR/data" -l "$PG_DIR/server.log" -w -t 60 \
-    -o "-c listen_addresses=127.0.0.1 -p $port -k $PG_DIR -c fsync=off -c synchronous_commit=off -c full_page_writes=off -c max_connections=200" \
+    -o "-c listen_addresses=127.0.0.1 -p $port -k $PG_DIR -c fsync=off -c synchronous_commit=off -c full_page_writes=off -c autovacuum=off -c max_connections=200" \
     start >&2 9>&- || die "PostgreSQL did not start, see $PG_DIR/server.log"
   echo "$port" > "$PG_DIR/port"
   as_owner "$PG_OWNER" psql -h "$PG_DIR" -p "$port" -U postgres -d postgres -v ON_ERROR_STOP=1 -q \
@@ -104,10 +106,13 @@ start_postgres() {
   say "PostgreSQL listening on 127.0.0.1:$port"
 }
 
-# The role's own database, which the driver connects to when no Database is named.
+# The role's own database, which the driver connects to when no Database is named, and the
+# right to end sessions of the databases it drops.
 ensure_pg_default_database() {
   local port; port=$(cat "$PG_DIR/port")
-  echo "SELECT 'CREATE DATABASE $TEST_USER OWNER $TEST_USER' WHERE NOT EXISTS
+  # pg_signal_backend: DROP DATABASE ... WITH (FORCE) of a test database may end sessions.
+  echo "GRANT pg_signal_backend TO $TEST_USER;
+        SELECT 'CREATE DATABASE $TEST_USER OWNER $TEST_USER' WHERE NOT EXISTS
           (SELECT 1 FROM pg_database WHERE datname = '$TEST_USER') \gexec" |
     as_owner "$PG_OWNER" psql -h "$PG_DIR" -p "$port" -U postgres -d postgres -v ON_ERROR_STOP=1 -q -X >&2 9>&-
 }

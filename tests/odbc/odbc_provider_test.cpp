@@ -2,6 +2,7 @@
 // MariaDB (Connector/ODBC): open/close, types and values, SQL dialect, errors and writes.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -97,8 +98,9 @@ TEST_P(OdbcProviderTest, TypesSizesAndTextForms) {
   const ado::DataTypeEnum varText = narrow ? ado::adVarChar : ado::adVarWChar;
   const ado::DataTypeEnum fixedText = narrow ? ado::adChar : ado::adWChar;
   const std::string chText = engine() == Engine::PostgreSQL ? "ab   " : "ab";  // CHAR pads on PostgreSQL
-  // The SQLite driver describes columns by its own rules: NUMERIC and REAL as SQL_DOUBLE, CHAR
-  // as SQL_VARCHAR, BLOB as SQL_BINARY. The provider reports what the driver describes.
+  // The SQLite driver describes columns by its own rules: REAL as SQL_DOUBLE, CHAR as
+  // SQL_VARCHAR, BLOB as SQL_BINARY; the provider reports what the driver describes, except for
+  // NUMERIC(p,s), which the driver turns into a double and which stays exact here.
   const bool sqlite = engine() == Engine::SQLiteOdbc;
   const ado::DataTypeEnum binType = engine() == Engine::MariaDB ? ado::adVarBinary
                                     : sqlite                    ? ado::adBinary
@@ -107,7 +109,7 @@ TEST_P(OdbcProviderTest, TypesSizesAndTextForms) {
       {"id", ado::adInteger, 4, "1"},
       {"si", ado::adSmallInt, 2, "-32768"},
       {"bi", ado::adBigInt, 8, "9007199254740993"},
-      {"dec", sqlite ? ado::adDouble : ado::adNumeric, sqlite ? 8 : 19, "12345.678"},
+      {"dec", ado::adNumeric, 19, "12345.678"},
       {"r", sqlite ? ado::adDouble : ado::adSingle, sqlite ? 8 : 4, "1.5"},
       {"d", ado::adDouble, 8, "0.1"},
       {"vc", varText, 40, "Zoë 北京"},
@@ -134,11 +136,9 @@ TEST_P(OdbcProviderTest, TypesSizesAndTextForms) {
       EXPECT_EQ(value.toText(), e.text);
     }
   }
-  if (!sqlite) {
-    EXPECT_EQ(rs->field("dec").Precision(), 12);
-    EXPECT_EQ(rs->field("dec").NumericScale(), 3);
-    EXPECT_EQ(rs->field("dec").Value().type(), vb::VarType::Decimal);
-  }
+  EXPECT_EQ(rs->field("dec").Precision(), 12);
+  EXPECT_EQ(rs->field("dec").NumericScale(), 3);
+  EXPECT_EQ(rs->field("dec").Value().type(), vb::VarType::Decimal);
   EXPECT_EQ(rs->field("ts").Value().type(), vb::VarType::Date);
   EXPECT_EQ(rs->field("ts").Value().asDateTime().nanosecond, 123456000u);
   EXPECT_EQ(rs->field("bin").Value().asBytes(), (vb::Bytes{0x00, 0xFF, 0x10}));
@@ -188,14 +188,18 @@ TEST_P(OdbcProviderTest, LongTextAndBinaryArriveWholeInPieces) {
   EXPECT_EQ(memo.substr(0, 4), "éß");
   EXPECT_EQ(memo.substr(memo.size() - 4), "éß");
   EXPECT_EQ(rs->field("memo").ActualSize(), 200000);
+  EXPECT_EQ(rs->field("memo").Type(),
+            engine() == Engine::SQLiteOdbc ? ado::adLongVarChar : ado::adLongVarWChar);
   EXPECT_EQ(rs->field("data").Value().asBytes().size(), 100000u);
   EXPECT_EQ(rs->field("data").Type(),
             engine() == Engine::SQLiteOdbc ? ado::adBinary : ado::adLongVarBinary);
 }
 
-TEST_P(OdbcProviderTest, ExactDecimalsKeepEveryDigit) {
+// The servers keep NUMERIC exactly (SQLite stores it as a double, so it has no place here).
+class OdbcServerProviderTest : public OdbcProviderTest {};
+
+TEST_P(OdbcServerProviderTest, ExactDecimalsKeepEveryDigit) {
   VARSENTIX_TEST_DATABASE(db, engine());
-  if (engine() == Engine::SQLiteOdbc) GTEST_SKIP() << "SQLite stores NUMERIC as a double";
   db->exec("CREATE TABLE n (id INTEGER PRIMARY KEY, v NUMERIC(30,6))");
   db->exec("INSERT INTO n VALUES (1, 123456789012345678901234.123456), (2, -0.5), (3, 0)");
   auto connection = open(*db);
@@ -379,9 +383,7 @@ TEST_P(OdbcProviderTest, AddNewRoundTripsLongTextAndFractionalTimestamp) {
   auto back = openRs(connection, "SELECT * FROM [r]");
   EXPECT_EQ(back->field("memo").Value().toText(), memo);
   EXPECT_EQ(back->field("ts").Value().toText(), "2024-02-29 13:45:56.123456");
-  // SQLite keeps NUMERIC as a number and its driver describes it as a double.
-  EXPECT_EQ(back->field("amount").Value().toText(),
-            engine() == Engine::SQLiteOdbc ? "1234.5" : "1234.50");
+  EXPECT_EQ(back->field("amount").Value().toText(), "1234.50");
 }
 
 TEST_P(OdbcProviderTest, FieldAssignmentAndUpdateLocateTheRowByItsKey) {
@@ -412,8 +414,81 @@ TEST_P(OdbcProviderTest, UpdateThatWouldTouchTwoRowsIsRolledBack) {
   EXPECT_EQ(db->scalar("SELECT COUNT(*) FROM twin"), "3");
 }
 
+TEST_P(OdbcProviderTest, WritesWhileAWalkIsUnderWayLeaveTheWalkWhole) {
+  VARSENTIX_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE big (id INTEGER PRIMARY KEY, v INTEGER)");
+  // More rows than the PostgreSQL driver fetches in one block: its server cursor stays open.
+  std::string values;
+  for (int i = 1; i <= 2500; ++i) values += (values.empty() ? "(" : ", (") + std::to_string(i) + ", 0)";
+  db->exec("INSERT INTO big VALUES " + values);
+  auto connection = open(*db);
+  auto walk = openRs(connection, "SELECT id FROM [big] ORDER BY [id]");
+  int rows = 0;
+  for (; !walk->isEOF() && rows < 10; walk->MoveNext()) ++rows;
+  // A write through another record set and a statement, each committed, mid-walk.
+  auto edit = openRs(connection, "SELECT * FROM [big] WHERE [id] = 2000", ado::adCmdText,
+                     ado::adLockOptimistic);
+  edit->field("v").setValue(int32_t{7});
+  edit->Update();
+  int32_t affected = 0;
+  connection->Execute("UPDATE [big] SET [v] = 8 WHERE [id] = 2001", &affected);
+  EXPECT_EQ(affected, 1);
+  int64_t lastId = 0;
+  for (; !walk->isEOF(); walk->MoveNext()) {
+    ++rows;
+    lastId = walk->field("id").Value().toInt64();
+  }
+  EXPECT_EQ(rows, 2500);
+  EXPECT_EQ(lastId, 2500);
+  EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2000"), "7");
+  EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2001"), "8");
+}
+
+TEST(OdbcPostgreSqlTest, ResultsStreamThroughAServerCursor) {
+  VARSENTIX_TEST_DATABASE(db, Engine::PostgreSQL);
+  db->exec("CREATE TABLE s (id INTEGER PRIMARY KEY)");
+  db->exec("INSERT INTO s SELECT generate_series(1, 5000)");
+  auto connection = Ref<Connection>::make();
+  connection->Open(db->connectionString());
+  auto walk = Ref<Recordset>::make();
+  walk->Open("SELECT id FROM s ORDER BY id", connection, ado::adOpenForwardOnly,
+             ado::adLockReadOnly, ado::adCmdText);
+  ASSERT_FALSE(walk->isEOF());
+  // The walk reads through a cursor of this session on the server (declare/fetch), not from a
+  // result the driver buffered whole.
+  auto cursors = Ref<Recordset>::make();
+  cursors->Open("SELECT COUNT(*) AS n FROM pg_cursors", connection, ado::adOpenForwardOnly,
+                ado::adLockReadOnly, ado::adCmdText);
+  EXPECT_GE(cursors->field("n").Value().toInt64(), 1);
+  int rows = 0;
+  for (; !walk->isEOF(); walk->MoveNext()) ++rows;
+  EXPECT_EQ(rows, 5000);
+}
+
+// The driver manager is loaded on first use; a machine without it gets a clear provider error.
+void openWithoutDriverManager() {
+  setenv("VARSENTIX_ODBC_LIBRARY", "/nonexistent/libodbc-missing.so.2", 1);
+  auto connection = Ref<Connection>::make();
+  try {
+    connection->Open("Provider=MSDASQL;Data Source=anything");
+  } catch (const vb::VBError& e) {
+    if (e.number() == vb::errnum::ProviderError &&
+        e.description().find("ODBC driver manager not found") != std::string::npos)
+      std::exit(3);
+    std::exit(4);
+  }
+  std::exit(5);
+}
+
+TEST(OdbcDriverManagerTest, MissingDriverManagerIsAProviderError) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // a fresh process: nothing loaded yet
+  EXPECT_EXIT(openWithoutDriverManager(), ::testing::ExitedWithCode(3), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Odbc, OdbcProviderTest, ::testing::ValuesIn(odbcEngines()),
                          EngineParamName());
+INSTANTIATE_TEST_SUITE_P(Odbc, OdbcServerProviderTest,
+                         ::testing::Values(Engine::PostgreSQL, Engine::MariaDB), EngineParamName());
 
 }  // namespace
 }  // namespace varsentix::testing::odbc

@@ -230,15 +230,22 @@ class ServerDatabase final : public TestDatabase {
   }
   ~ServerDatabase() override {
     link_.reset();
-    try {
-      OdbcLink admin(adminString(engine_));
-      if (engine_ == Engine::PostgreSQL)
-        admin.exec("DROP DATABASE IF EXISTS " + name_ + " WITH (FORCE)");
-      else
-        admin.exec("DROP DATABASE IF EXISTS `" + name_ + "`");
-    } catch (const std::exception& e) {
-      ADD_FAILURE() << "cannot drop test database " << name_ << ": " << e.what();
+    // A session of the test that is still closing may hold the database a moment longer.
+    std::string failure;
+    for (int attempt = 0; attempt < 20; ++attempt) {
+      try {
+        OdbcLink admin(adminString(engine_));
+        if (engine_ == Engine::PostgreSQL)
+          admin.exec("DROP DATABASE IF EXISTS " + name_ + " WITH (FORCE)");
+        else
+          admin.exec("DROP DATABASE IF EXISTS `" + name_ + "`");
+        return;
+      } catch (const std::exception& e) {
+        failure = e.what();
+        usleep(250000);
+      }
     }
+    ADD_FAILURE() << "cannot drop test database " << name_ << ": " << failure;
   }
   Engine engine() const override { return engine_; }
   std::string connectionString() const override { return "Provider=MSDASQL;" + odbcString(); }

@@ -7,6 +7,7 @@
 #include <sqlucode.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -19,6 +20,7 @@
 #include "platform/ado/TypeInfo.h"
 #include "platform/ado/providers/odbc/OdbcText.h"
 #include "platform/ado/providers/odbc/OdbcTypes.h"
+#include "platform/ado/providers/sqlite/SqliteSession.h"
 #include "platform/odbc/OdbcApi.h"
 #include "varsentix/platform/vb/Conversions.h"
 #include "varsentix/platform/vb/VBError.h"
@@ -164,6 +166,8 @@ class OdbcSession final : public ProviderSession {
     if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) raise(handleType, handle, context);
   }
   std::string columnText(SQLHSTMT stmt, SQLUSMALLINT column, SQLUSMALLINT field) const;
+  // The declared type of a column of an SQLite table ("DECIMAL(10,2)"), "" when unknown.
+  std::string sqliteDeclaredType(const std::string& table, const std::string& column);
 
  private:
   struct TableRow {
@@ -191,6 +195,9 @@ class OdbcSession final : public ProviderSession {
   void foreignKeyRows(const std::string& pkTable, const std::string& fkTable,
                       std::vector<Row>& rows);
   bool hiddenSchema(const vb::Variant& schema) const;
+  // text as a string literal of the engine.
+  std::string literal(const std::string& text) const;
+  void correctKeyOrder(const std::string& table, std::vector<KeyRow>& keys);
   std::vector<Row> readAll(std::unique_ptr<RowCursor> cursor);
   // Catalog function arguments: (pointer, length) in the session's text form.
   struct CatalogArg {
@@ -215,7 +222,7 @@ class OdbcSession final : public ProviderSession {
 
 class OdbcCursor final : public RowCursor {
  public:
-  OdbcCursor(const OdbcSession& session, std::unique_ptr<Statement> stmt)
+  OdbcCursor(OdbcSession& session, std::unique_ptr<Statement> stmt)
       : session_(session), api_(session.api()), stmt_(std::move(stmt)) {
     describe();
   }
@@ -236,7 +243,7 @@ class OdbcCursor final : public RowCursor {
     return indicator != SQL_NULL_DATA;
   }
 
-  const OdbcSession& session_;
+  OdbcSession& session_;
   const odbc::OdbcApi& api_;
   std::unique_ptr<Statement> stmt_;
   std::vector<ColumnInfo> columns_;
@@ -270,13 +277,28 @@ void OdbcCursor::describe() {
                                             nullptr, &isUnsigned)))
       isUnsigned = SQL_FALSE;
     ColumnInfo info = columnTypeOf(sqlType, size, digits, isUnsigned == SQL_TRUE);
-    info.name = name;
-    info.nullable = nullable != SQL_NO_NULLS;
     info.baseTable = session_.columnText(stmt_->handle, i, SQL_DESC_BASE_TABLE_NAME);
     if (!info.baseTable.empty()) {
       info.baseColumn = session_.columnText(stmt_->handle, i, SQL_DESC_BASE_COLUMN_NAME);
       if (info.baseColumn.empty()) info.baseTable.clear();
     }
+    if (session_.dbms() == Dbms::SQLite) {
+      // The SQLite driver describes NUMERIC(p,s) / DECIMAL(p,s) columns as doubles or text and
+      // drops the scale; they are exact numerics as SQLite's own provider reports them.
+      std::string typeName = vb::UCase(session_.columnText(stmt_->handle, i, SQL_DESC_TYPE_NAME));
+      if (typeName.rfind("NUMERIC", 0) == 0 || typeName.rfind("DECIMAL", 0) == 0) {
+        std::string declared = session_.sqliteDeclaredType(info.baseTable, info.baseColumn);
+        ColumnInfo exact = sqliteColumnType(declared.empty() ? typeName : declared);
+        if (exact.type == adNumeric) {
+          info.type = exact.type;
+          info.definedSize = exact.definedSize;
+          info.precision = exact.precision;
+          info.numericScale = exact.numericScale;
+        }
+      }
+    }
+    info.name = name;
+    info.nullable = nullable != SQL_NO_NULLS;
     readers_.push_back(readerFor(info.type));
     columns_.push_back(std::move(info));
   }
@@ -830,9 +852,60 @@ std::vector<OdbcSession::KeyRow> OdbcSession::primaryKeyRows(const vb::Variant& 
              row[4].isNull() ? 1 : row[4].toInt32()};
     keys.push_back(std::move(k));
   }
+  correctKeyOrder(table, keys);
+  for (auto& k : keys)
+    if (k.keyName.empty() && dbms_ == Dbms::SQLite) k.keyName = "pk_" + table;  // as SQLite names it
   std::stable_sort(keys.begin(), keys.end(),
                    [](const KeyRow& a, const KeyRow& b) { return a.ordinal < b.ordinal; });
   return keys;
+}
+
+std::string OdbcSession::literal(const std::string& text) const {
+  std::string quoted = "'";
+  for (char c : text) {
+    if (c == '\'' || (c == '\\' && dbms_ == Dbms::MariaDB)) quoted += c;
+    quoted += c;
+  }
+  return quoted + "'";
+}
+
+std::string OdbcSession::sqliteDeclaredType(const std::string& table, const std::string& column) {
+  if (table.empty() || column.empty()) return "";
+  try {
+    auto cursor = queryNative("SELECT type FROM pragma_table_info(" + literal(table) +
+                              ") WHERE name = " + literal(column));
+    Row row;
+    std::string declared;
+    if (cursor->fetch(row) && !row.empty() && !row[0].isNull()) declared = row[0].toText();
+    while (cursor->fetch(row)) {
+    }
+    return declared;
+  } catch (const vb::VBError&) {
+    return "";
+  }
+}
+
+void OdbcSession::correctKeyOrder(const std::string& table, std::vector<KeyRow>& keys) {
+  // The SQLite and MariaDB drivers number key columns by their place in the table, not in the
+  // key: the engine's own catalog has the key order.
+  std::string sql;
+  if (dbms_ == Dbms::SQLite)
+    sql = "SELECT name, pk FROM pragma_table_info(" + literal(table) + ") WHERE pk > 0";
+  else if (dbms_ == Dbms::MariaDB)
+    sql = "SELECT COLUMN_NAME, SEQ_IN_INDEX FROM information_schema.STATISTICS WHERE "
+          "TABLE_SCHEMA = DATABASE() AND TABLE_NAME = " + literal(table) +
+          " AND INDEX_NAME = 'PRIMARY'";
+  if (sql.empty() || keys.empty()) return;
+  std::vector<Row> order;
+  try {
+    order = readAll(queryNative(sql));
+  } catch (const vb::VBError&) {
+    return;  // the driver's numbering stands
+  }
+  for (auto& k : keys)
+    for (const Row& row : order)
+      if (row.size() >= 2 && !row[0].isNull() && lower(row[0].toText()) == lower(k.column))
+        k.ordinal = row[1].toInt32();
 }
 
 namespace {
@@ -881,8 +954,14 @@ void OdbcSession::foreignKeyRows(const std::string& pkTable, const std::string& 
   // FKTABLE_NAME, FKCOLUMN_NAME, KEY_SEQ, UPDATE_RULE, DELETE_RULE, FK_NAME, PK_NAME,
   // DEFERRABILITY
   const vb::Variant null = vb::Variant::null();
-  for (const Row& r : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
+  int keyNumber = -1;  // SQLite names no keys: they are named as the SQLite provider names them
+  for (Row r : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
     if (r.size() < 13) continue;
+    if (dbms_ == Dbms::SQLite) {
+      if (r[8].isNull() || r[8].toInt32() <= 1) ++keyNumber;
+      if (nullIfEmpty(r[11]).isNull()) r[11] = "fk_" + r[6].toText() + "_" + std::to_string(keyNumber);
+      if (nullIfEmpty(r[12]).isNull()) r[12] = "pk_" + r[2].toText();
+    }
     if (hiddenSchema(r[1]) || hiddenSchema(r[5])) continue;
     if (restrictCatalog && !r[4].isNull() && r[4].toText() != catalog_) continue;
     rows.push_back({nullIfEmpty(r[0]), nullIfEmpty(r[1]), r[2], r[3], null, null,
