@@ -242,6 +242,11 @@ TEST(JetLoader, ReadsAnAccess2007File) {
   EXPECT_EQ(scalar(db, "SELECT Cost FROM [Asset Items] WHERE [Asset No] = '30050'"), "1995.5");
   EXPECT_EQ(scalar(db, "SELECT Acquired FROM [Asset Items] WHERE [Asset No] = '30050'"), "1997-09-02 00:00:00");
   EXPECT_EQ(loaded.catalog.findTable("Asset Items")->primaryKey, std::vector<std::string>{"Asset No"});
+  // Access's templates of multi-valued fields: Decimal (precision 18, scale 0) and GUID.
+  EXPECT_EQ(scalar(db, "SELECT type FROM pragma_table_info('MSysComplexType_Decimal') WHERE name = 'Value'"),
+            "DECIMAL(18,0)");
+  EXPECT_EQ(scalar(db, "SELECT type FROM pragma_table_info('MSysComplexType_GUID') WHERE name = 'Value'"),
+            "GUID");
 }
 
 TEST(JetLoader, MissingFileNamesTheFile) {
@@ -270,6 +275,26 @@ TEST(JetLoader, FileThatIsNoAccessDatabaseIsRefused) {
   }
   std::string sqlite = copySample(dir, "Chinook_Sqlite.sqlite");
   EXPECT_THROW(loadAccessFile(sqlite, ""), vb::VBError);
+}
+
+TEST(JetLoader, EmptyFileAndFolderAreRefused) {
+  TempDir dir;
+  std::string empty = dir.file("empty.mdb");
+  std::ofstream(empty).close();
+  try {
+    loadAccessFile(empty, "");
+    FAIL() << "no error";
+  } catch (const vb::VBError& e) {
+    EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+    EXPECT_EQ(e.description(), "Unrecognized database format '" + empty + "'.");
+  }
+  try {
+    loadAccessFile(dir.path().string(), "");
+    FAIL() << "no error";
+  } catch (const vb::VBError& e) {
+    EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+    EXPECT_EQ(e.description(), "Could not find file '" + dir.path().string() + "'.");
+  }
 }
 
 TEST(JetLoader, TruncatedFileFailsWithAnError) {
@@ -303,10 +328,11 @@ TEST(JetLoader, PasswordProtectedFileNeedsItsPassword) {
   EXPECT_EQ(scalar(loaded.db.get(), "SELECT count(*) FROM Orders"), "830");
 }
 
-TEST(JetLoader, FilesWithoutPasswordOpenWithoutOne) {
+TEST(JetLoader, FilesWithoutPasswordOpenWithOrWithoutOne) {
   TempDir dir;
   EXPECT_NO_THROW(loadAccessFile(copySample(dir, "DateTestDatabase.mdb"), ""));
   EXPECT_NO_THROW(loadAccessFile(copySample(dir, "ASampleDatabase.accdb"), ""));
+  EXPECT_NO_THROW(loadAccessFile(copySample(dir, "nwind.mdb"), "unused"));
 }
 
 TEST(AccessDates, WholeDaysCountFromTheLastDayOf1899) {

@@ -208,6 +208,21 @@ TEST_F(NwindProvider, YesNoReadsAsBoolean) {
   EXPECT_EQ(value("SELECT Discontinued FROM Products WHERE ProductID = 1"), "False");
 }
 
+TEST_F(NwindProvider, YesNoFieldsAreNeverNullInTheirXml) {
+  TempDir dir;
+  auto rs = openRecordset(cn(), "SELECT [ProductID], [Discontinued] FROM [Products] WHERE [ProductID] = 5");
+  rs->Save(dir.file("products.xml"), adPersistXML);
+  auto bytes = fileBytes(dir.file("products.xml"));
+  std::string xml(bytes.begin(), bytes.end());
+  auto discontinued = xml.find("name='Discontinued'");
+  ASSERT_NE(discontinued, std::string::npos) << xml;
+  auto end = xml.find("</s:AttributeType>", discontinued);
+  EXPECT_NE(xml.substr(discontinued, end - discontinued).find("rs:maybenull='false'"), std::string::npos) << xml;
+  auto product = xml.find("name='ProductID'");
+  EXPECT_EQ(xml.substr(product, xml.find("</s:AttributeType>", product) - product).find("maybenull"),
+            std::string::npos) << xml;
+}
+
 TEST_F(NwindProvider, UmlautsAndLineBreaks) {
   EXPECT_EQ(value("SELECT [City] FROM [Customers] WHERE [CustomerID] = 'FRANK'"), "M\xC3\xBCnchen");
   EXPECT_EQ(value("SELECT [Address] FROM [Employees] WHERE [EmployeeID] = 1"),
@@ -300,6 +315,16 @@ TEST(JetProviderOpen, MissingFileFailsNamingIt) {
   EXPECT_EQ(e.description(), "Could not find file '" + path + "'.");
   EXPECT_EQ(connection->State(), adStateClosed);
   EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(JetProviderOpen, PathWithBlanksAndUmlautsInQuotes) {
+  TempDir dir;
+  std::filesystem::create_directory(dir.path() / "Daten f\xC3\xBCr; Tests");
+  std::string path = (dir.path() / "Daten f\xC3\xBCr; Tests" / "Nord wind.mdb").string();
+  std::filesystem::copy_file(varsentix::testing::sharedDataDir() / "nwind.mdb", path);
+  auto connection = vb::Ref<Connection>::make();
+  connection->Open("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\"" + path + "\";Persist Security Info=False");
+  EXPECT_EQ(firstValue(connection, "SELECT count(*) FROM [Shippers]"), "3");
 }
 
 TEST(JetProviderOpen, ConnectionStringWithoutDataSourceFails) {

@@ -68,6 +68,12 @@ TEST(JetSqlTranslation, LiteralsAndBracketedNamesAreLeftAlone) {
   EXPECT_EQ(translateJetSql("SELECT [True], 'False' FROM t"), "SELECT [True], 'False' FROM t");
 }
 
+TEST(JetSqlTranslation, DoubledBracketsAndCommentsAreLeftAlone) {
+  EXPECT_EQ(translateJetSql("SELECT [a]]True] FROM t -- #not a date# & True\nWHERE x = True"),
+            "SELECT [a]]True] FROM t -- #not a date# & True\nWHERE x = -1");
+  EXPECT_EQ(translateJetSql("SELECT /* it's #x# */ 1"), "SELECT /* it's #x# */ 1");
+}
+
 TEST(JetSqlTranslation, DoubleQuotedTextBecomesAStringLiteral) {
   EXPECT_EQ(translateJetSql("WHERE a = \"O'Brien\" AND b = \"say \"\"hi\"\"\""),
             "WHERE a = 'O''Brien' AND b = 'say \"hi\"'");

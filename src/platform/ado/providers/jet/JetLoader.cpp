@@ -47,6 +47,7 @@ std::string createTableSql(const JetTable& table) {
   for (size_t i = 0; i < table.columns.size(); ++i) {
     if (i) sql += ", ";
     sql += quoted(table.columns[i].name) + " " + declaredColumnType(table.columns[i]);
+    if (table.columns[i].type == AccessType::Boolean) sql += " NOT NULL";  // Yes/No is never Null
   }
   return sql + ")";
 }

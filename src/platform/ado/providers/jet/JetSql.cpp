@@ -132,6 +132,19 @@ size_t quotedEnd(const std::string& sql, size_t i, char quote) {
   return sql.size();
 }
 
+// The position after the ']' closing the bracketed name at sql[i] ("]]" inside stands for ']').
+size_t bracketEnd(const std::string& sql, size_t i) {
+  for (size_t j = i + 1; j < sql.size(); ++j) {
+    if (sql[j] != ']') continue;
+    if (j + 1 < sql.size() && sql[j + 1] == ']') {
+      ++j;
+      continue;
+    }
+    return j + 1;
+  }
+  return sql.size();
+}
+
 // "a""b'c" -> 'a"b''c'
 std::string singleQuoted(const std::string& doubleQuoted) {
   std::string body = doubleQuoted.substr(1, doubleQuoted.size() >= 2 ? doubleQuoted.size() - 2 : 0);
@@ -177,8 +190,17 @@ std::string translateJetSql(const std::string& sql) {
                                                                    : sql.substr(i, end - i);
       i = end;
     } else if (c == '[') {
-      size_t end = sql.find(']', i);
-      end = end == std::string::npos ? sql.size() : end + 1;
+      size_t end = bracketEnd(sql, i);
+      out.append(sql, i, end - i);
+      i = end;
+    } else if (c == '-' && i + 1 < sql.size() && sql[i + 1] == '-') {
+      size_t end = sql.find('\n', i);
+      end = end == std::string::npos ? sql.size() : end;
+      out.append(sql, i, end - i);
+      i = end;
+    } else if (c == '/' && i + 1 < sql.size() && sql[i + 1] == '*') {
+      size_t end = sql.find("*/", i + 2);
+      end = end == std::string::npos ? sql.size() : end + 2;
       out.append(sql, i, end - i);
       i = end;
     } else if (c == '#') {

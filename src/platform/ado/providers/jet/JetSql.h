@@ -1,6 +1,6 @@
 #pragma once
 // Jet SQL to the SQL of the in-memory SQLite database the Access provider answers from.
-// Outside '...' literals and [bracketed] names:
+// Outside '...' literals, [bracketed] names ("]]" inside is one ']') and comments:
 //   #1996-07-04#, #7/4/1996#, #7/4/96 10:30 PM#, #10:30:00#  ->  '1996-07-04 00:00:00' ...
 //     (the text dates are stored as; a time alone falls on 1899-12-30, as in Access)
 //   "text"          ->  'text'   (Jet takes double quotes for string literals)

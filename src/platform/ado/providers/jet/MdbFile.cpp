@@ -212,7 +212,8 @@ size_t fixedSize(AccessType type) {
   }
 }
 
-vb::Variant valueOf(MdbHandle* mdb, MdbColumn* column, AccessType type, const MdbField& field) {
+vb::Variant valueOf(MdbHandle* mdb, const JetColumn& column, const MdbField& field) {
+  AccessType type = column.type;
   if (type == AccessType::Boolean) return vb::Variant(field.is_null == 0);  // kept in the null mask
   if (field.is_null) return vb::Variant::null();
   const unsigned char* p = mdb->pg_buf + field.start;
@@ -235,7 +236,7 @@ vb::Variant valueOf(MdbHandle* mdb, MdbColumn* column, AccessType type, const Md
     case AccessType::OleObject: return vb::Variant(readLongValue(mdb, p, length));
     case AccessType::ReplicationId: return vb::Variant(guidText(p));
     case AccessType::Numeric: {
-      char* text = mdb_numeric_to_string(mdb, field.start, column->col_scale, column->col_prec);
+      char* text = mdb_numeric_to_string(mdb, field.start, column.scale, column.precision);
       vb::Decimal value{text ? text : "0"};
       g_free(text);
       return vb::Variant(std::move(value));
@@ -281,8 +282,11 @@ JetColumn describeColumn(const MdbHandle* mdb, const MdbColumn& column) {
   else if (result.type == AccessType::Binary || result.type == AccessType::Unknown)
     result.size = column.col_size;
   if (result.type == AccessType::Numeric) {
-    result.precision = static_cast<uint8_t>(column.col_prec);
-    result.scale = static_cast<uint8_t>(column.col_scale);
+    // A scale above the precision cannot be: the two bytes were read the other way round.
+    int precision = column.col_prec, scale = column.col_scale;
+    if (scale > precision) std::swap(precision, scale);
+    result.precision = static_cast<uint8_t>(std::clamp(precision, 1, 28));
+    result.scale = static_cast<uint8_t>(std::clamp(scale, 0, static_cast<int>(result.precision)));
   }
   result.autoNumber = column.is_long_auto || column.is_uuid_auto;
   return result;
@@ -389,7 +393,7 @@ MdbFile::~MdbFile() = default;
 
 std::unique_ptr<MdbFile> MdbFile::open(const std::string& path, const std::string& databasePassword) {
   FileHeader header = readHeader(path);
-  if (header.password != databasePassword)
+  if (!header.password.empty() && header.password != databasePassword)
     raiseProvider("Not a valid password: the Access file '" + path +
                   "' is protected by a database password (Jet OLEDB:Database Password).");
   auto impl = std::make_unique<Impl>();
@@ -515,7 +519,7 @@ void MdbFile::readRows(const JetTable& described,
     if (mdb_find_row(mdb, static_cast<int>(table->cur_row) - 1, &start, &length) != 0) continue;
     if (mdb_crack_row(table.get(), start & kOffsetMask, length, fields.data()) < 0) continue;
     for (unsigned c = 0; c < table->num_cols; ++c)
-      row[c] = valueOf(mdb, columnAt(table.get(), c), described.columns[c].type, fields[c]);
+      row[c] = valueOf(mdb, described.columns[c], fields[c]);
     onRow(row);
   }
 }

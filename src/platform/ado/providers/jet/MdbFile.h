@@ -15,7 +15,7 @@ class MdbFile {
  public:
   // Opens path read-only (the file is never written). Raises ProviderError, naming the file,
   // when it is missing or unreadable, is not an Access database, or carries a database
-  // password that databasePassword does not match.
+  // password that databasePassword does not match (a file without one ignores it).
   static std::unique_ptr<MdbFile> open(const std::string& path, const std::string& databasePassword);
   ~MdbFile();
   MdbFile(const MdbFile&) = delete;
