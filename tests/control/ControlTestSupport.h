@@ -14,7 +14,7 @@
 namespace varsentix::testing {
 
 // One data source of the fixture: its name, its driver text and further "key=value" lines.
-struct DataSourceSpec {
+struct FixtureDataSource {
   std::string name;
   std::string driver;
   std::vector<std::string> settings;
@@ -27,7 +27,7 @@ struct DataSourceSpec {
 // test run included) and empties its odbc.ini again when it goes.
 class OdbcDataSourceFixture {
  public:
-  explicit OdbcDataSourceFixture(const std::vector<DataSourceSpec>& dataSources) {
+  explicit OdbcDataSourceFixture(const std::vector<FixtureDataSource>& dataSources) {
     const TempDir& dir = folder();
     std::ofstream system(dir.file("odbc.ini"), std::ios::trunc);
     for (const auto& source : dataSources) {

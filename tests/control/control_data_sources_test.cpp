@@ -8,7 +8,7 @@
 namespace varsentix {
 namespace {
 
-using testing::DataSourceSpec;
+using testing::FixtureDataSource;
 using testing::OdbcDataSourceFixture;
 
 const std::string kJetPrefix = "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=";
@@ -43,7 +43,7 @@ TEST(ControlDataSources, WithoutDataSourcesTheListHoldsOnlyTheClosingEntry) {
 }
 
 TEST(ControlDataSources, AnIndexOutsideTheListFailsTheCall) {
-  OdbcDataSourceFixture odbc(std::vector<DataSourceSpec>{{"A", "D1", {}}});
+  OdbcDataSourceFixture odbc(std::vector<FixtureDataSource>{{"A", "D1", {}}});
   Varsenti control;
   ASSERT_EQ(control.getODBCConnectionCount(), 2);
   EXPECT_EQ(errorNumberOf([&] { control.getODBCConnection(3); }), 9);
@@ -57,7 +57,7 @@ TEST(ControlDataSources, EveryNewControlRebuildsTheListForAllControls) {
     first = std::make_unique<Varsenti>();
     ASSERT_EQ(first->getODBCConnectionCount(), 3);
   }
-  OdbcDataSourceFixture odbc(std::vector<DataSourceSpec>{{"Cee", "D4444", {}}});
+  OdbcDataSourceFixture odbc(std::vector<FixtureDataSource>{{"Cee", "D4444", {}}});
   EXPECT_EQ(first->getODBCConnectionCount(), 3);  // nothing changes until a control is created
   Varsenti second;
   EXPECT_EQ(second.getODBCConnectionCount(), 2);
@@ -86,7 +86,7 @@ TEST(ControlDataSources, GetDriverNameLeavesTheHostsVariableAlone) {
 }
 
 TEST(ControlDataSources, AListedEntryTurnsIntoItsNameAndDriver) {
-  OdbcDataSourceFixture odbc(std::vector<DataSourceSpec>{{"Sales", "Some Driver", {}}});
+  OdbcDataSourceFixture odbc(std::vector<FixtureDataSource>{{"Sales", "Some Driver", {}}});
   Varsenti control;
   std::string entry = control.getODBCConnection(1);
   EXPECT_EQ(control.getDriverName(entry), "Some Driver");
@@ -143,7 +143,7 @@ TEST(ControlConnectionStrings, AnODBCDataSourceGivesTheODBCProviderAndLosesItsPr
 }
 
 TEST(ControlConnectionStrings, AnAccessDataSourceOpensItsFileThroughJet) {
-  OdbcDataSourceFixture odbc(std::vector<DataSourceSpec>{{"Stock", "Microsoft Access Driver (*.mdb)", {"DBQ=D:\\stock.mdb"}}});
+  OdbcDataSourceFixture odbc(std::vector<FixtureDataSource>{{"Stock", "Microsoft Access Driver (*.mdb)", {"DBQ=D:\\stock.mdb"}}});
   Varsenti control;
   std::string entry = "DSN=Stock | Microsoft Access Driver (*.mdb)";
   EXPECT_EQ(control.getConncectionStringFromDSN(entry), kJetPrefix + "D:\\stock.mdb");

@@ -2,6 +2,7 @@
 // MariaDB (Connector/ODBC): open/close, types and values, SQL dialect, errors and writes.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -441,6 +442,47 @@ TEST_P(OdbcProviderTest, WritesWhileAWalkIsUnderWayLeaveTheWalkWhole) {
   EXPECT_EQ(lastId, 2500);
   EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2000"), "7");
   EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2001"), "8");
+}
+
+TEST(OdbcPostgreSqlTest, ResultsStreamThroughAServerCursor) {
+  VARSENTIX_TEST_DATABASE(db, Engine::PostgreSQL);
+  db->exec("CREATE TABLE s (id INTEGER PRIMARY KEY)");
+  db->exec("INSERT INTO s SELECT generate_series(1, 5000)");
+  auto connection = Ref<Connection>::make();
+  connection->Open(db->connectionString());
+  auto walk = Ref<Recordset>::make();
+  walk->Open("SELECT id FROM s ORDER BY id", connection, ado::adOpenForwardOnly,
+             ado::adLockReadOnly, ado::adCmdText);
+  ASSERT_FALSE(walk->isEOF());
+  // The walk reads through a cursor of this session on the server (declare/fetch), not from a
+  // result the driver buffered whole.
+  auto cursors = Ref<Recordset>::make();
+  cursors->Open("SELECT COUNT(*) AS n FROM pg_cursors", connection, ado::adOpenForwardOnly,
+                ado::adLockReadOnly, ado::adCmdText);
+  EXPECT_GE(cursors->field("n").Value().toInt64(), 1);
+  int rows = 0;
+  for (; !walk->isEOF(); walk->MoveNext()) ++rows;
+  EXPECT_EQ(rows, 5000);
+}
+
+// The driver manager is loaded on first use; a machine without it gets a clear provider error.
+void openWithoutDriverManager() {
+  setenv("VARSENTIX_ODBC_LIBRARY", "/nonexistent/libodbc-missing.so.2", 1);
+  auto connection = Ref<Connection>::make();
+  try {
+    connection->Open("Provider=MSDASQL;Data Source=anything");
+  } catch (const vb::VBError& e) {
+    if (e.number() == vb::errnum::ProviderError &&
+        e.description().find("ODBC driver manager not found") != std::string::npos)
+      std::exit(3);
+    std::exit(4);
+  }
+  std::exit(5);
+}
+
+TEST(OdbcDriverManagerTest, MissingDriverManagerIsAProviderError) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // a fresh process: nothing loaded yet
+  EXPECT_EXIT(openWithoutDriverManager(), ::testing::ExitedWithCode(3), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Odbc, OdbcProviderTest, ::testing::ValuesIn(odbcEngines()),

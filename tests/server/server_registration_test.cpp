@@ -274,3 +274,19 @@ TEST(ServerRegistration, TheSystemAndPerUserFilesHaveFixedPlaces) {
 
 }  // namespace
 }  // namespace varsentix
+
+extern "C" int varsentix_c_host_round_trip(const char* progId);
+
+namespace varsentix {
+namespace {
+
+TEST(ServerRegistration, AHostWrittenInCCreatesEveryClassByProgID) {
+  RegistrationFixture fixture;
+  ASSERT_EQ(DllRegisterServer(), VX_S_OK);
+  for (const char* progId : kProgIds) EXPECT_EQ(varsentix_c_host_round_trip(progId), 0) << progId;
+  ASSERT_EQ(DllUnregisterServer(), VX_S_OK);
+  EXPECT_EQ(varsentix_c_host_round_trip("VarsentiX.Varsenti"), 2);  // no longer registered
+}
+
+}  // namespace
+}  // namespace varsentix
