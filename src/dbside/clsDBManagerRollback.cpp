@@ -5,6 +5,7 @@
 #include "varsentix/dbside/clsDBManager.h"
 #include "varsentix/platform/ui/Hooks.h"
 #include "varsentix/platform/vb/Conversions.h"
+#include "varsentix/platform/vb/ResumeNext.h"
 
 namespace varsentix {
 

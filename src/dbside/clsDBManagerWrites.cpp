@@ -3,6 +3,7 @@
 #include "dbside/RecordWriteSupport.h"
 #include "varsentix/dbside/clsDBManager.h"
 #include "varsentix/platform/vb/Conversions.h"
+#include "varsentix/platform/vb/ResumeNext.h"
 
 namespace varsentix {
 

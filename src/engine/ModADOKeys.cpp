@@ -2,6 +2,7 @@
 #include "engine/ModADORecordHelpers.h"
 #include "engine/VbFlow.h"
 #include "varsentix/dbside/ModADOFields.h"
+#include "varsentix/platform/vb/Conversions.h"
 #include "varsentix/platform/vb/ResumeNext.h"
 
 namespace varsentix::ModADO {

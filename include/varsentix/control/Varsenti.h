@@ -8,10 +8,14 @@
 // getConncectionStringFromDSN, addUserIDToConnectionString, ...); every other argument is a
 // const reference. Failures reach the host as vb::VBError.
 #include <cstdint>
+#include <exception>
 #include <string>
 
 #include "varsentix/control/UpdateCountEvent.h"
 #include "varsentix/dbside/clsDBManager.h"
+#include "varsentix/platform/ado/Connection.h"
+#include "varsentix/platform/ado/Recordset.h"
+#include "varsentix/platform/vb/Variant.h"
 #include "varsentix/platform/vb/Collection.h"
 #include "varsentix/platform/vb/Ref.h"
 #include "varsentix/results/clsResultSet.h"
@@ -167,8 +171,139 @@ class Varsenti {
   // ---- Field data types --------------------------------------------------------------------
   std::string getFieldDataDescrition(const int16_t& dataType) const;
 
+  // ---- Compare entry points ----------------------------------------------------------------
+  // Each prepares the two sides, runs the comparison in its fixed order (master first) and,
+  // when both sides hold rows, publishes their result collections. Failures are recorded in
+  // the managers' messages (#74 to #77) or skipped, never thrown.
+  bool getTables(const std::string& masterConnectionString, const std::string& sourceConnectionString);
+  bool beginFullDatabaseCompare(const std::string& masterConnectionString,
+                                const std::string& sourceConnectionString, const bool& listObjectsOnly);
+  // Compares nothing and returns false.
+  bool beginDatabaseCompareWithConnection(const vb::Ref<ado::Connection>& masterConnection,
+                                          const vb::Ref<ado::Connection>& sourceConnection);
+  bool beginTableFullDataCompare(const std::string& masterConnectionString,
+                                 const std::string& sourceConnectionString, const std::string& tableName,
+                                 const std::string& tableType);
+  bool beginTablebaseCompare(const std::string& masterConnectionString,
+                             const std::string& sourceConnectionString, const std::string& tableName,
+                             const std::string& tableType);
+  bool beginTableCompareFromDBManagers(const vb::Ref<clsDBManager>& masterDatamanager,
+                                       const vb::Ref<clsDBManager>& sourceDatamanager);
+  bool beginTableCompareFromFieldListFromDBManager(const vb::Ref<clsDBManager>& masterDatamanager,
+                                                   const vb::Ref<clsDBManager>& sourceDatamanager);
+  bool beginTableCompareFromFieldListFromDbManagers();
+  bool beginTableCompareFromFieldList(const std::string& masterConnectionString,
+                                      const std::string& sourceConnectionString, const std::string& tableName,
+                                      const std::string& tableType, const vb::Variant& fieldList);
+  bool checkFieldLength(const vb::Ref<ado::Recordset>& recSet1, const vb::Ref<ado::Recordset>& recSet2,
+                        const int32_t& index);
+
+  // ---- Buffered comparison and record matching ----------------------------------------------
+  bool getBufferedResults();
+  int32_t getBufferedAmount() const;
+  void setBufferedAmount(const int32_t& bufferedAmountIn);
+  int32_t getStartPoint() const;
+  void setStartPoint(const int32_t& startPointIn);
+  bool getRecordsExistInSourceOnly() const;
+  void setRecordsExistInSourceOnly(const bool& recordsExistInSourceOnlyIn);
+  bool getRecordsExistInMasterOnly() const;
+  void setRecordsExistInMasterOnly(const bool& recordsExistInMasterOnlyIn);
+  vb::Ref<clsResultSet> getMatchingResultSet() const;
+  void setMatchingResultSet(const vb::Ref<clsResultSet>& matchingResultSetIn);
+  int32_t getMatchingRecordNumber(const bool& isMaster, const std::string& tableName,
+                                  const std::string& primaryKeyName, const std::string& primaryKeyValue);
+  int32_t lookupRelatedRecordFromRecordNumber(const std::string& tableName, const bool& isMaster,
+                                              const int32_t& recordNumber);
+
+  // ---- Result queries (1-based indexes; isMaster names the side) ------------------------------
+  vb::Ref<clsResultSet> getResultSet(const int32_t& index, const bool& isMaster);
+  int32_t getResultCount(const bool& isMaster);
+  std::string getDatabaseObjectName(const int32_t& index);
+  std::string getResultDatabaseObjectName(const int32_t& index, const bool& isMaster);
+  std::string getResultPrimaryKey(const int32_t& index, const bool& isMaster);
+  std::string getResultForeignKeyName(const int32_t& index, const bool& isMaster);
+  std::string getResultForeignKeyColumnName(const int32_t& index, const bool& isMaster);
+  std::string getResultForeignKeyPrimaryKeyName(const int32_t& index, const bool& isMaster);
+  std::string getResultFKeyPrimaryTableName(const int32_t& index, const bool& isMaster);
+  std::string getResultDataType(const int32_t& index, const bool& isMaster);
+  std::string getResultFieldName(const int32_t& index, const bool& isMaster);
+  std::string getResultFieldDefinedSize(const int32_t& index, const bool& isMaster);
+  std::string getResultFieldActualSize(const int32_t& index, const bool& isMaster);
+  std::string getResultFieldValue(const int32_t& index, const bool& isMaster);
+  bool getResultIsDataValue(const int32_t& index, const bool& isMaster);
+  bool getResultIsFieldDesc(const int32_t& index, const bool& isMaster);
+  bool getResultIsFieldComparable(const int32_t& index, const bool& isMaster);
+  int16_t getResultChangeType(const int32_t& index, const bool& isMaster);
+  int16_t getResultFieldLength(const int32_t& index, const bool& isMaster);
+  std::string getPrimaryKeyFromTableName(const std::string& tableName, const bool& isMaster);
+  int16_t getResultFieldCount(const bool& isMaster, const std::string& tableName);
+  int32_t getResultRecordCountForTable(const std::string& tableName, const bool& isMaster);
+  std::string getResultFieldValueFromFieldName(const std::string& tableName, const bool& isMaster,
+                                               const std::string& fieldName, const int32_t& currIndex);
+  int32_t getResultRecordNumber(const std::string& tableName, const bool& isMaster, const int32_t& currIndex);
+  int32_t getIndexForRecordNumber(const std::string& tableName, const int32_t& recordNumber, const bool& isMaster);
+  int32_t incrementRecordCount(const std::string& tableName, const bool& isMaster, const int32_t& currentCount);
+  int32_t DecrementRecordCount(const std::string& tableName, const bool& isMaster, const int32_t& currentCount);
+  int32_t getLastRecordForTable(const std::string& tableName, const bool& isMaster);
+  int32_t getRecordCountInResultsForTable(const std::string& tableName, const bool& isMaster);
+  bool lastRecord(const std::string& tableName, const int32_t& currentIndex, const bool& isMaster);
+  vb::Ref<clsResultSet> getResultSetFromRecordNumber(const std::string& tableName, const int32_t& recordNumber,
+                                                     const bool& isMaster);
+  std::string getFieldValueFromRecordNumber(const std::string& tableName, const std::string& fieldName,
+                                            const int32_t& recordNumber, const bool& isMaster);
+  std::string getFieldChangeTypeFromRecordNumber(const std::string& tableName, const std::string& fieldName,
+                                                 const int32_t& recordNumber, const bool& isMaster);
+
+  // ---- Record operations -------------------------------------------------------------------
+  // Updates the current record (each manager's currentRecordNumber) of one side from the other:
+  // isMaster copies the master's values into the source. Returns "" or the source's SQL message.
+  std::string updateRecordFromRecordNumber(const vb::Ref<clsDBManager>& masterDatamanager,
+                                           const vb::Ref<clsDBManager>& sourceDatamanager, const bool& isMaster,
+                                           const std::string& FileName);
+  // Copies the current record of the master (isMaster) or the source side into the other side.
+  // "Cannot copy record." when the record shows no difference; "" otherwise, even when the add
+  // is refused (a message box then shows why).
+  std::string copyRecordFromRecordNumber(const vb::Ref<clsDBManager>& masterDatamanager,
+                                         const vb::Ref<clsDBManager>& sourceDatamanager, const bool& isMaster);
+  // Rolls an update back from the rollback file; the first argument is not used (the control's
+  // own master manager serves). Shows "test 0.7 ", "test 0.9 " and "test 0.12 " message boxes.
+  std::string rollBackFromRecordNumber(const vb::Ref<clsDBManager>& masterDatamananger,
+                                       const vb::Ref<clsDBManager>& sourceDatamanager, const bool& isMaster,
+                                       const std::string& FileName);
+  std::string rollBackFromSQL(const vb::Ref<clsDBManager>& masterDatamananger,
+                              const vb::Ref<clsDBManager>& sourceDatamanager, const bool& isMaster,
+                              const std::string& FileName, const std::string& rollbackSql);
+  std::string getRollBackSQL() const;
+  void setRollBackSQL(const std::string& rollBackSQLIn);
+  // The library-wide rollback file name.
+  vb::Variant getSaveFile() const;
+
  private:
   friend struct detail::VarsentiInternals;
+
+  // Compare drivers' shared steps.
+  void clearSideMessages();
+  void publish(clsDBManager& master, clsDBManager& source);
+  void recordDriverFailure(const std::exception_ptr& failure, const std::string& numberedText);
+  void saveSidesToXml(clsDBManager& master, clsDBManager& source);
+  bool publishBufferedOutcome(clsDBManager& master, clsDBManager& source);
+  // Result queries' shared steps.
+  const Results& resultsOf(bool isMaster) const;
+  void recordQueryFailure(const std::exception_ptr& failure, const std::string& masterText,
+                          const std::string& sourceText);
+  bool isIndexValid(const int32_t& index, const bool& isMaster);
+  template <typename Getter>
+  std::string rowText(const int32_t& index, const bool& isMaster, Getter getter);
+  template <typename Getter>
+  bool rowFlag(const int32_t& index, const bool& isMaster, Getter getter);
+  bool hasRowsOfTable(const std::string& tableName, const bool& isMaster);
+  int32_t indexOfRecordField(const std::string& tableName, const std::string& fieldName,
+                             const int32_t& recordNumber, const bool& isMaster);
+  // Record operations' shared steps.
+  bool canCopyRecord(clsDBManager& from, const bool& isMaster);
+  std::string firstFieldNameFrom(const std::string& tableName, int32_t index, const bool& isMaster);
+  std::string selectRollbackRows(clsDBManager& C, clsDBManager& S);
+  std::string finishRollback(clsDBManager& C, clsDBManager& S, const bool& isMaster, const std::string& rollbackSql);
 
   // Removes a file that exists (retrying while it is held); never reports anything.
   void deleteFileIfExists(const std::string& path);

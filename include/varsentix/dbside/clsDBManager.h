@@ -175,8 +175,36 @@ class clsDBManager {
   std::string getRollbackFileName() const;
   void setRollbackFileName(const std::string& rollbackFileNameIn);
 
+  // ---- Writing records (values copied by field position from dataManager2's first record set)
+  // Appends dataManager2's current record as a new row of the current table. False, with
+  // message #7 in returnSQLMessage, when the add is refused; nothing is half written.
+  bool adoAddNewRecord(clsDBManager& dataManager2);
+  // Overwrites the first row that sSql selects with dataManager2's values, all but the primary
+  // key column, after saving the row to the rollback file FileName. False without a message when
+  // sSql selects no row; false with message #7 when the update is refused.
+  bool adoUpdateRecord(clsDBManager& dataManager2, const bool& isMaster, const std::string& FileName);
+
+  // ---- The rollback file (shared by every manager of the process) ----------------------------
+  // Clones recset into the shared rollback record set and saves the first record set to
+  // FileName, which becomes the rollback file name (an existing file is kept as it is).
+  void saveRollBackInformation(const vb::Ref<ado::Recordset>& recset, const bool& isMaster,
+                               const std::string& FileName);
+  // Whether the rollback file name holds "ORIGINAL" (isMaster) or "MODIFIED"; says so in a
+  // message box ("File Exists" / "File Does Not Exist"). The file system is not consulted.
+  bool checkFileExist(const bool& isMaster);
+  // Reads the rollback file into the shared rollback record set ("opening File").
+  bool openRollbackRecord();
+  // Writes the saved values back into the row rollbackSql selects (the key column excepted),
+  // with its diagnostic message boxes "test 2", "File Exists", rollbackSql + "test 3", "test 4".
+  bool rollback(const bool& isMaster, const std::string& rollbackSql);
+  // Shows "test 777 <field> = <value>" for every field of the saved row.
+  void tempReadRollBackInformation();
+
  private:
   friend struct clsDBManagerTestAccess;
+
+  // True when the shared rollback record set is closed.
+  bool isRollbackRecordClosed();
 
   // isAccess from connectionString: unchanged for an empty string; true only when it contains
   // "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" and ".mdb" (case-sensitive).
