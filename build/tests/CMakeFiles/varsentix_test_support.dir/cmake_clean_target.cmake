@@ -1,3 +1,0 @@
-file(REMOVE_RECURSE
-  "libvarsentix_test_support.a"
-)
