@@ -70,10 +70,7 @@ bool clsDBManager::rollback(const bool& isMaster, const std::string& rollbackSql
     ui::MsgBox("test 2");
     if (!checkFileExist(isMaster)) return false;
     returnSQLMessage_ = "Successfully Completed";
-    auto& records = data().rsAccess();
-    records->setCursorType(ado::adOpenDynamic);
-    records->setLockType(ado::adLockOptimistic);
-    records->Open(rollbackSql, data().accessCn(), ado::adOpenUnspecified, ado::adLockUnspecified, ado::adCmdText);
+    auto& records = openFirstRecordSetForWriting(rollbackSql, ado::adCmdText);
     ui::MsgBox(rollbackSql + "test 3");
     if (records->isBOF() && records->isEOF()) return false;
     ui::MsgBox("test 4");

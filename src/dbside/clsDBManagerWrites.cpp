@@ -11,11 +11,7 @@ bool clsDBManager::adoAddNewRecord(clsDBManager& dataManager2) {
   try {
     data().closeRecordSet();
     returnSQLMessage_ = "Successfully Completed";
-    auto& records = data().rsAccess();
-    records->setCursorType(ado::adOpenDynamic);
-    records->setLockType(ado::adLockOptimistic);
-    records->Open("[" + tableName_ + "]", data().accessCn(), ado::adOpenUnspecified, ado::adLockUnspecified,
-                  ado::adCmdTable);
+    auto& records = openFirstRecordSetForWriting("[" + tableName_ + "]", ado::adCmdTable);
     records->AddNew();
     auto other = dataManager2.getDatabaseRecords();
     other->MoveFirst();
@@ -37,10 +33,7 @@ bool clsDBManager::adoUpdateRecord(clsDBManager& dataManager2, const bool& isMas
   try {
     data().closeRecordSet();
     returnSQLMessage_ = "Successfully Completed";
-    auto& records = data().rsAccess();
-    records->setCursorType(ado::adOpenDynamic);
-    records->setLockType(ado::adLockOptimistic);
-    records->Open(sSql_, data().accessCn(), ado::adOpenUnspecified, ado::adLockUnspecified, ado::adCmdText);
+    auto& records = openFirstRecordSetForWriting(sSql_, ado::adCmdText);
     if (records->isBOF()) return false;  // no row: nothing saved, nothing changed
     // The row as it was goes to the rollback file before anything changes.
     saveRollBackInformation(records, isMaster, FileName);
@@ -64,6 +57,15 @@ bool clsDBManager::adoUpdateRecord(clsDBManager& dataManager2, const bool& isMas
     returnSQLMessage_ += " #7 Error when attempting to add a new record in table " + tableName_ + " ||";
     return false;
   }
+}
+
+vb::Ref<ado::Recordset>& clsDBManager::openFirstRecordSetForWriting(const std::string& source,
+                                                                    ado::CommandTypeEnum options) {
+  auto& records = data().rsAccess();
+  records->setCursorType(ado::adOpenDynamic);
+  records->setLockType(ado::adLockOptimistic);
+  records->Open(source, data().accessCn(), ado::adOpenUnspecified, ado::adLockUnspecified, options);
+  return records;
 }
 
 bool clsDBManager::isRollbackRecordClosed() {

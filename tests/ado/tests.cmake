@@ -11,6 +11,3 @@ varsentix_add_suite(varsentix_ado_tests
   ado/sqlite_provider_test.cpp
 )
 target_link_libraries(varsentix_ado_tests PRIVATE SQLite::SQLite3)
-if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/support/Engines.cpp)
-  target_compile_definitions(varsentix_ado_tests PRIVATE VARSENTIX_HAVE_ENGINES=1)
-endif()

@@ -205,6 +205,9 @@ class clsDBManager {
 
   // True when the shared rollback record set is closed.
   bool isRollbackRecordClosed();
+  // Opens the first record set on source with a dynamic cursor and optimistic locking, as the
+  // writes and the rollback do.
+  vb::Ref<ado::Recordset>& openFirstRecordSetForWriting(const std::string& source, ado::CommandTypeEnum options);
 
   // isAccess from connectionString: unchanged for an empty string; true only when it contains
   // "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" and ".mdb" (case-sensitive).
