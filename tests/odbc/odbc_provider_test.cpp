@@ -444,6 +444,18 @@ TEST_P(OdbcProviderTest, WritesWhileAWalkIsUnderWayLeaveTheWalkWhole) {
   EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2001"), "8");
 }
 
+TEST_P(OdbcProviderTest, ARecordSetWalksOnAfterItsConnectionClosed) {
+  VARSENTIX_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE c (id INTEGER PRIMARY KEY)");
+  db->exec("INSERT INTO c VALUES (1), (2), (3)");
+  auto connection = open(*db);
+  auto rs = openRs(connection, "SELECT id FROM [c] ORDER BY [id]");
+  connection->Close();
+  int rows = 0;
+  for (; !rs->isEOF(); rs->MoveNext()) ++rows;  // no crash, no dangling connection
+  EXPECT_EQ(rows, 3);
+}
+
 TEST(OdbcPostgreSqlTest, ResultsStreamThroughAServerCursor) {
   VARSENTIX_TEST_DATABASE(db, Engine::PostgreSQL);
   db->exec("CREATE TABLE s (id INTEGER PRIMARY KEY)");

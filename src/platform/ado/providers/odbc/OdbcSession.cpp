@@ -128,7 +128,10 @@ std::string decimalText(std::string text) {
 
 // ---- the session ----------------------------------------------------------------------------
 
-class OdbcSession final : public ProviderSession {
+// The connection itself. Shared by the cursors it opened, so that a record set still walking
+// after its Connection closed keeps a valid connection until it goes (as SQLite keeps a closed
+// database while statements remain); SessionHandle below is what Connection owns.
+class OdbcSession final : public ProviderSession, public std::enable_shared_from_this<OdbcSession> {
  public:
   OdbcSession() : api_(odbc::odbcApi()) {}
   ~OdbcSession() override;
@@ -222,8 +225,8 @@ class OdbcSession final : public ProviderSession {
 
 class OdbcCursor final : public RowCursor {
  public:
-  OdbcCursor(OdbcSession& session, std::unique_ptr<Statement> stmt)
-      : session_(session), api_(session.api()), stmt_(std::move(stmt)) {
+  OdbcCursor(std::shared_ptr<OdbcSession> session, std::unique_ptr<Statement> stmt)
+      : owner_(std::move(session)), session_(*owner_), api_(session_.api()), stmt_(std::move(stmt)) {
     describe();
   }
   const std::vector<ColumnInfo>& columns() const override { return columns_; }
@@ -243,6 +246,7 @@ class OdbcCursor final : public RowCursor {
     return indicator != SQL_NULL_DATA;
   }
 
+  std::shared_ptr<OdbcSession> owner_;
   OdbcSession& session_;
   const odbc::OdbcApi& api_;
   std::unique_ptr<Statement> stmt_;
@@ -694,7 +698,7 @@ std::string OdbcSession::translate(const std::string& sql) const {
 std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql) {
   auto stmt = newStatement();
   execDirect(*stmt, nativeSql);
-  return std::make_unique<OdbcCursor>(*this, std::move(stmt));
+  return std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt));
 }
 
 std::unique_ptr<RowCursor> OdbcSession::query(const std::string& sql) {
@@ -797,7 +801,7 @@ std::vector<OdbcSession::TableRow> OdbcSession::tableRows() {
   }
   check(rc, SQL_HANDLE_STMT, stmt->handle, "SQLTables");
   std::vector<TableRow> tables;
-  for (const Row& row : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
+  for (const Row& row : readAll(std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt)))) {
     if (row.size() < 4 || row[2].isNull()) continue;
     TableRow t{nullIfEmpty(row[0]), nullIfEmpty(row[1]), row[2].toText(),
                row[3].isNull() ? std::string("TABLE") : row[3].toText()};
@@ -845,7 +849,7 @@ std::vector<OdbcSession::KeyRow> OdbcSession::primaryKeyRows(const vb::Variant& 
   check(rc, SQL_HANDLE_STMT, stmt->handle, "SQLPrimaryKeys");
   std::vector<KeyRow> keys;
   // TABLE_CAT, TABLE_SCHEM, TABLE_NAME, COLUMN_NAME, KEY_SEQ, PK_NAME
-  for (const Row& row : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
+  for (const Row& row : readAll(std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt)))) {
     if (row.size() < 6 || row[3].isNull()) continue;
     KeyRow k{nullIfEmpty(row[0]), nullIfEmpty(row[1]), row[2].toText(), row[3].toText(),
              row[5].isNull() ? std::string() : row[5].toText(),
@@ -955,7 +959,7 @@ void OdbcSession::foreignKeyRows(const std::string& pkTable, const std::string& 
   // DEFERRABILITY
   const vb::Variant null = vb::Variant::null();
   int keyNumber = -1;  // SQLite names no keys: they are named as the SQLite provider names them
-  for (Row r : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
+  for (Row r : readAll(std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt)))) {
     if (r.size() < 13) continue;
     if (dbms_ == Dbms::SQLite) {
       if (r[8].isNull() || r[8].toInt32() <= 1) ++keyNumber;
@@ -1274,12 +1278,50 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
 
 namespace {
 
+// What the Connection owns: every call goes to the shared session; closing ends a pending
+// transaction and lets the session go when no cursor holds it any more.
+class SessionHandle final : public ProviderSession {
+ public:
+  explicit SessionHandle(std::shared_ptr<OdbcSession> session) : s_(std::move(session)) {}
+  ~SessionHandle() override { s_->rollback(); }
+  SessionHandle(const SessionHandle&) = delete;
+  SessionHandle& operator=(const SessionHandle&) = delete;
+
+  std::string providerName() const override { return s_->providerName(); }
+  std::unique_ptr<RowCursor> query(const std::string& sql) override { return s_->query(sql); }
+  int64_t execute(const std::string& sql) override { return s_->execute(sql); }
+  std::unique_ptr<RowCursor> openTable(const std::string& table) override {
+    return s_->openTable(table);
+  }
+  int64_t countRows(const std::string& sql) override { return s_->countRows(sql); }
+  std::unique_ptr<RowCursor> openSchema(SchemaEnum schema,
+                                        const std::vector<vb::Variant>& restrictions) override {
+    return s_->openSchema(schema, restrictions);
+  }
+  std::vector<std::string> primaryKeyColumns(const std::string& table) override {
+    return s_->primaryKeyColumns(table);
+  }
+  void beginTransaction() override { s_->beginTransaction(); }
+  void commit() override { s_->commit(); }
+  void rollback() noexcept override { s_->rollback(); }
+  int64_t executeBound(const std::string& nativeSql, const std::vector<vb::Variant>& values,
+                       const std::vector<ColumnInfo>& valueColumns) override {
+    return s_->executeBound(nativeSql, values, valueColumns);
+  }
+  std::string quoteIdentifier(const std::string& name) const override {
+    return s_->quoteIdentifier(name);
+  }
+
+ private:
+  std::shared_ptr<OdbcSession> s_;
+};
+
 std::unique_ptr<ProviderSession> openOdbcSession(const ConnectionString& connection,
                                                  const std::string& userID,
                                                  const std::string& password) {
-  auto session = std::make_unique<OdbcSession>();
+  auto session = std::make_shared<OdbcSession>();
   session->connect(connection, userID, password);
-  return session;
+  return std::make_unique<SessionHandle>(std::move(session));
 }
 
 const ProviderRegistrar registrar("MSDASQL", &openOdbcSession);
