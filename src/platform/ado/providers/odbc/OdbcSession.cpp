@@ -1252,7 +1252,8 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
         else if (dt.kind == vb::DateTime::Kind::Time) p.sqlType = SQL_TYPE_TIME, p.columnSize = text.size();
         else p.sqlType = SQL_TYPE_TIMESTAMP, p.columnSize = std::max<SQLULEN>(text.size(), 19);
         if (isTextSqlType(sqlTypeFor(type)) || dbms_ == Dbms::SQLite) {
-          p.sqlType = dbms_ == Dbms::SQLite ? SQL_VARCHAR : SQL_VARCHAR;
+          p.sqlType = SQL_VARCHAR;  // a text column, or SQLite, which keeps dates as text
+          p.digits = 0;
           bindText(text);
         }
         break;
