@@ -472,6 +472,22 @@ TEST(OdbcPostgreSqlTest, GuidsTextAndOtherTypes) {
   EXPECT_EQ(rs->field("span").Value().toText(), "1 day");  // other types arrive as text
 }
 
+TEST(OdbcPostgreSqlTest, TimestampsWithZoneReadAsTheSessionsLocalTime) {
+  VARSENTIX_TEST_DATABASE(db, Engine::PostgreSQL);
+  db->exec("CREATE TABLE z (at TIMESTAMPTZ, d DATE)");
+  db->exec("INSERT INTO z VALUES ('2024-02-29 13:45:56.5+00', '2024-02-29')");
+  auto connection = Ref<Connection>::make();
+  connection->Open(db->connectionString());
+  connection->Execute("SET TIME ZONE 'UTC'");
+  auto rs = Ref<Recordset>::make();
+  rs->Open("SELECT at, d FROM z", connection, ado::adOpenForwardOnly, ado::adLockReadOnly,
+           ado::adCmdText);
+  EXPECT_EQ(rs->field("at").Type(), ado::adDBTimeStamp);
+  EXPECT_EQ(rs->field("at").Value().type(), vb::VarType::Date);
+  EXPECT_EQ(rs->field("at").Value().toText(), "2024-02-29 13:45:56.5");
+  EXPECT_EQ(rs->field("d").Value().toText(), "2024-02-29");  // a date's '-' is no zone
+}
+
 TEST(OdbcMariaDbTest, UnsignedIntegersUseTheUnsignedTypes) {
   VARSENTIX_TEST_DATABASE(db, Engine::MariaDB);
   db->exec("CREATE TABLE u (t TINYINT UNSIGNED, s TINYINT, b BIGINT UNSIGNED, i INT UNSIGNED)");

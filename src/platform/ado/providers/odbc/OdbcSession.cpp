@@ -117,6 +117,18 @@ std::string guidText(const std::string& text) {
   return "{" + vb::UCase(inner) + "}";
 }
 
+// A time or timestamp with a zone ("2024-01-31 12:00:00+01", "12:00:00-05:30") as the local
+// time the engine wrote: ADO's date types carry no zone.
+std::string withoutZone(const std::string& text) {
+  size_t sign = text.find_last_of("+-");
+  if (sign == std::string::npos || sign < 8 || text.find(':') == std::string::npos ||
+      text.find(':') > sign)
+    return text;
+  for (size_t i = sign + 1; i < text.size(); ++i)
+    if (!(text[i] >= '0' && text[i] <= '9') && text[i] != ':') return text;
+  return text.substr(0, sign);
+}
+
 // ".5" / "-.5" from some drivers become "0.5" / "-0.5".
 std::string decimalText(std::string text) {
   if (!text.empty() && text[0] == '.') text.insert(0, "0");
@@ -437,7 +449,7 @@ void OdbcCursor::read(size_t index, vb::Variant& out) {
       return;
     case Reader::DateText:
       try {
-        out = variantFromText(column.type, text);
+        out = variantFromText(column.type, withoutZone(text));
       } catch (const vb::VBError&) {
         out = std::move(text);  // a value the calendar cannot hold is shown as the engine wrote it
       }
