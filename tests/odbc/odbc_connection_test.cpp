@@ -177,6 +177,40 @@ TEST_P(OdbcServerConnectionTest, ServerDownIsAClearError) {
   }
 }
 
+// A loopback port that accepts connections and never says a word.
+class SilentServer {
+ public:
+  SilentServer() {
+    fd_ = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    listen(fd_, 8);
+    getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length);
+    port_ = ntohs(address.sin_port);
+  }
+  ~SilentServer() { close(fd_); }
+  SilentServer(const SilentServer&) = delete;
+  SilentServer& operator=(const SilentServer&) = delete;
+  int port() const { return port_; }
+
+ private:
+  int fd_ = -1;
+  int port_ = 0;
+};
+
+TEST_P(OdbcServerConnectionTest, ServerThatNeverAnswersEndsAtTheConnectTimeout) {
+  SilentServer silent;
+  vb::VBError e = openFails("Provider=MSDASQL;Connect Timeout=2;" +
+                            serverStringWith(GetParam(), "Port", std::to_string(silent.port())));
+  EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+  EXPECT_EQ(e.sqlState().substr(0, 2), "08") << e.sqlState();
+  const std::string expected = GetParam() == Engine::PostgreSQL ? "timeout expired" : "handshake";
+  EXPECT_NE(e.description().find(expected), std::string::npos) << e.description();
+}
+
 TEST_P(OdbcServerConnectionTest, UnknownDatabaseIsAClearError) {
   vb::VBError e = openFails("Provider=MSDASQL;" +
                             serverStringWith(GetParam(), "Database", "vx_no_such_database"));

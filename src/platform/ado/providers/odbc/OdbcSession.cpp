@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -30,6 +31,7 @@ namespace {
 
 // The error source ADO shows for this provider.
 const char* const kSource = "Microsoft OLE DB Provider for ODBC Drivers";
+// Seconds a connection may take to open, unless the string's "Connect Timeout" says otherwise.
 constexpr SQLULEN kLoginTimeoutSeconds = 10;
 constexpr size_t kPieceBytes = 16384;  // SQLGetData buffer for a piece of a value
 
@@ -231,6 +233,7 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   std::string quote_ = "\"";
   std::string catalog_;  // the connected database (MariaDB lists only its tables)
   int transactionDepth_ = 0;
+  SQLULEN loginTimeout_ = kLoginTimeoutSeconds;
 };
 
 // ---- the cursor -----------------------------------------------------------------------------
@@ -524,7 +527,9 @@ std::string OdbcSession::odbcConnectionString(const ConnectionString& connection
   };
   for (const auto& [key, value] : connection.pairs()) {
     std::string k = lower(key);
-    if (k == "provider" || k == "persist security info" || k == "extended properties") continue;
+    if (k == "provider" || k == "persist security info" || k == "extended properties" ||
+        k == "connect timeout")
+      continue;
     if (k == "data source" || k == "datasource" || k == "dsn") add("DSN", value);
     else if (k == "user id" || k == "uid" || k == "user") add("UID", value);
     else if (k == "password" || k == "pwd") add("PWD", value);
@@ -545,6 +550,9 @@ std::string OdbcSession::odbcConnectionString(const ConnectionString& connection
     if (auto user = connection.get("OPTION")) option = std::strtol(user->c_str(), nullptr, 10);
     add("OPTION", std::to_string(option | 2));
     if (!has("CHARSET")) add("CHARSET", "utf8mb4");
+    // The connector leaves the login timeout aside: without this a server that accepts the
+    // connection and never greets would hold the open for ever.
+    if (!has("CONN_TIMEOUT")) add("CONN_TIMEOUT", std::to_string(loginTimeout_));
   }
   return text;
 }
@@ -553,7 +561,7 @@ SQLRETURN OdbcSession::driverConnect(const std::string& text) {
   if (dbc_ == SQL_NULL_HDBC) {
     check(api_.SQLAllocHandle(SQL_HANDLE_DBC, env_, &dbc_), SQL_HANDLE_ENV, env_);
     api_.SQLSetConnectAttr(dbc_, SQL_ATTR_LOGIN_TIMEOUT,
-                           reinterpret_cast<SQLPOINTER>(kLoginTimeoutSeconds), 0);
+                           reinterpret_cast<SQLPOINTER>(loginTimeout_), 0);
   }
   SQLRETURN rc;
   if (wide_) {
@@ -605,6 +613,10 @@ void OdbcSession::connect(const ConnectionString& connection, const std::string&
                           const std::string& password) {
   check(api_.SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env_), SQL_HANDLE_ENV, SQL_NULL_HANDLE);
   api_.SQLSetEnvAttr(env_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+  if (auto timeout = connection.get("Connect Timeout")) {
+    long seconds = std::strtol(timeout->c_str(), nullptr, 10);
+    if (seconds > 0) loginTimeout_ = static_cast<SQLULEN>(seconds);
+  }
   Dbms guessed = guessDbms(connection);
   wide_ = guessed != Dbms::SQLite;
   std::string text = odbcConnectionString(connection, userID, password, guessed);
