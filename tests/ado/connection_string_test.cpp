@@ -42,3 +42,51 @@ TEST(ConnectionString, EmptyTextHasNoPairs) {
   EXPECT_TRUE(ConnectionString::parse("").pairs().empty());
   EXPECT_TRUE(ConnectionString::parse(" ;; ").pairs().empty());
 }
+
+#include "platform/ado/Provider.h"
+#include "varsentix/platform/ado/Connection.h"
+#include "varsentix/platform/vb/VBError.h"
+
+namespace {
+
+using namespace varsentix;
+using ado::detail::chosenProviderName;
+
+int openedByTestProvider = 0;
+std::string userSeen, passwordSeen;
+
+std::unique_ptr<ado::detail::ProviderSession> refuseAfterRecording(
+    const ConnectionString& /*connection*/, const std::string& user, const std::string& password) {
+  ++openedByTestProvider;
+  userSeen = user;
+  passwordSeen = password;
+  throw vb::VBError(vb::errnum::ProviderError, "recorded", "Test");
+}
+
+const ado::detail::ProviderRegistrar testRegistrar("Test.Recorder", &refuseAfterRecording);
+
+}  // namespace
+
+TEST(ProviderChoice, TheProviderKeyChoosesElseOdbcStringsGoToMsdasqlElseSqlite) {
+  EXPECT_EQ(chosenProviderName(ConnectionString::parse("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.mdb")),
+            "Microsoft.Jet.OLEDB.4.0");
+  EXPECT_EQ(chosenProviderName(ConnectionString::parse("DSN=Northwind;Uid=a")), "MSDASQL");
+  EXPECT_EQ(chosenProviderName(ConnectionString::parse("driver={SQLite3};Database=x")), "MSDASQL");
+  EXPECT_EQ(chosenProviderName(ConnectionString::parse("Data Source=/tmp/x.sqlite")), "SQLite");
+  EXPECT_EQ(chosenProviderName(ConnectionString::parse("Provider=MSDASQL;DSN=x")), "MSDASQL");
+}
+
+TEST(ProviderChoice, ProviderNamesAreFoundWithoutRegardToCaseAndGetTheUserAndPassword) {
+  openedByTestProvider = 0;
+  auto cn = vb::Ref<ado::Connection>::make();
+  try {
+    cn->Open("provider=TEST.RECORDER;User ID=u", "someone", "secret");
+    FAIL() << "the test provider always refuses";
+  } catch (const vb::VBError& e) {
+    EXPECT_EQ(e.description(), "recorded");
+  }
+  EXPECT_EQ(openedByTestProvider, 1);
+  EXPECT_EQ(userSeen, "someone");
+  EXPECT_EQ(passwordSeen, "secret");
+  EXPECT_EQ(cn->State(), ado::adStateClosed);
+}

@@ -62,10 +62,7 @@ ObjectStateEnum Connection::State() const { return session_ ? adStateOpen : adSt
 
 std::string Connection::Provider() const {
   if (session_) return session_->providerName();
-  auto parsed = detail::ConnectionString::parse(connectionString_);
-  if (auto named = parsed.get("Provider")) return *named;
-  if (parsed.get("DSN") || parsed.get("Driver")) return "MSDASQL";
-  return "SQLite";
+  return detail::chosenProviderName(detail::ConnectionString::parse(connectionString_));
 }
 
 detail::ProviderSession& Connection::session() {

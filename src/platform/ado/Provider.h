@@ -89,6 +89,10 @@ std::unique_ptr<ProviderSession> openSession(const ConnectionString& connection,
                                              const std::string& userID,
                                              const std::string& password);
 
+// The provider a connection string names: its Provider key, else MSDASQL for an ODBC-style
+// string (DSN= or Driver=), else SQLite.
+std::string chosenProviderName(const ConnectionString& connection);
+
 using ProviderFactory = std::unique_ptr<ProviderSession> (*)(const ConnectionString& connection,
                                                              const std::string& userID,
                                                              const std::string& password);

@@ -19,15 +19,13 @@ Registry& registry() {
   return instance;
 }
 
-// The provider a connection string names; without a Provider key an ODBC-style string (DSN= or
-// Driver=) goes to MSDASQL and anything else to SQLite.
-std::string providerNameOf(const ConnectionString& connection) {
+}  // namespace
+
+std::string chosenProviderName(const ConnectionString& connection) {
   if (auto named = connection.get("Provider")) return vb::Trim(*named);
   if (connection.get("DSN") || connection.get("Driver")) return "MSDASQL";
   return "SQLite";
 }
-
-}  // namespace
 
 ProviderRegistrar::ProviderRegistrar(const char* providerName, ProviderFactory factory) {
   Registry& r = registry();
@@ -38,7 +36,7 @@ ProviderRegistrar::ProviderRegistrar(const char* providerName, ProviderFactory f
 std::unique_ptr<ProviderSession> openSession(const ConnectionString& connection,
                                              const std::string& userID,
                                              const std::string& password) {
-  std::string name = providerNameOf(connection);
+  std::string name = chosenProviderName(connection);
   ProviderFactory factory = nullptr;
   {
     Registry& r = registry();
