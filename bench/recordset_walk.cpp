@@ -142,7 +142,7 @@ long recordsetWalk(const std::string& connectionString, const std::string& table
     ++rows;
     for (int32_t i = 0; i < columns; ++i) {
       vb::Variant value = rs->field(i).Value();
-      checksum += static_cast<size_t>(value.type());
+      checksum += value.isNull() ? 0 : 1;  // touched as lightly as the bare loop touches its values
     }
     rs->MoveNext();
   }

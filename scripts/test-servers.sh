@@ -52,6 +52,7 @@ install_missing() {
     die "missing packages (run as root to install them): ${missing[*]}"
   fi
   say "installing ${missing[*]}"
+  DEBIAN_FRONTEND=noninteractive apt-get update -qq >&2
   DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}" >&2
 }
 

@@ -200,3 +200,39 @@ TEST(XmlPersistence, ACloneSavesTheRowsItCopied) {
   EXPECT_EQ(back->field("v").Value().toText(), "one");
   EXPECT_EQ(back->field("v").DefinedSize(), 5);
 }
+
+TEST(XmlPersistence, OddSchemaNumbersAndValuesThatDoNotFitTheirTypeAreReadWithoutHarm) {
+  TempDir dir;
+  std::string file = dir.file("odd.xml");
+  std::ofstream(file) << R"(<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'
+	xmlns:dt='uuid:C2F41010-65B3-11d1-A29F-00AA00C14882'
+	xmlns:rs='urn:schemas-microsoft-com:rowset'
+	xmlns:z='#RowsetSchema'>
+<s:Schema id='RowsetSchema'>
+	<s:ElementType name='row' content='eltOnly'>
+		<s:AttributeType name='n' rs:number='abc'>
+			<s:datatype dt:type='int' dt:maxLength='99999999999999' rs:precision='-4'/>
+		</s:AttributeType>
+		<s:AttributeType name='w' rs:number='2'>
+			<s:datatype dt:type='no.such.type'/>
+		</s:AttributeType>
+		<s:extends type='rs:rowbase'/>
+	</s:ElementType>
+</s:Schema>
+<rs:data>
+	<z:row n='not a number' w='x' unknown='ignored'/>
+	<z:row n='12'/>
+</rs:data>
+</xml>
+)";
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open(file, vb::Ref<Connection>(), adOpenStatic, adLockReadOnly, adCmdFile);
+  EXPECT_EQ(rs->field("n").Type(), adInteger);
+  EXPECT_EQ(rs->field("n").DefinedSize(), INT32_MAX);
+  EXPECT_EQ(rs->field("n").Value().toText(), "not a number");  // kept as written
+  EXPECT_EQ(rs->field("w").Type(), adVarWChar);
+  EXPECT_EQ(rs->field("w").Value().toText(), "x");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field("n").Value().toInt32(), 12);
+  EXPECT_TRUE(rs->field("w").Value().isNull());
+}

@@ -2,10 +2,12 @@
 // meets (unknown DSN, wrong password, server down), each a clear error rather than a hang.
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sqlite3.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -88,6 +90,49 @@ TEST(OdbcConnectionTest, UnknownDriverRaisesAProviderError) {
   EXPECT_NE(e.description().find("[unixODBC]"), std::string::npos) << e.description();
 }
 
+// An SQLite file whose name is not ASCII, with one row holding 'ü'.
+std::string makeNonAsciiSqliteFile(const TempDir& dir) {
+  const std::string path = dir.file("Größe – データ.db");
+  sqlite3* db = nullptr;
+  EXPECT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(db, "CREATE TABLE t (v TEXT); INSERT INTO t VALUES ('ü')", nullptr,
+                         nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(db);
+  return path;
+}
+
+void expectTheRow(const Ref<Connection>& connection) {
+  auto rs = Ref<Recordset>::make();
+  rs->Open("SELECT v FROM [t]", connection, ado::adOpenForwardOnly, ado::adLockReadOnly,
+           ado::adCmdText);
+  ASSERT_FALSE(rs->isEOF());
+  EXPECT_EQ(rs->field("v").Value().toText(), "ü");
+}
+
+TEST(OdbcConnectionTest, SqliteFileWithANonAsciiNameOpensThroughTheNarrowDriver) {
+  TempDir dir;
+  const std::string path = makeNonAsciiSqliteFile(dir);
+  auto connection = Ref<Connection>::make();
+  connection->Open("Provider=MSDASQL;Driver={SQLite3};Database=" + path);
+  expectTheRow(connection);
+}
+
+TEST(OdbcConnectionTest, NarrowDriverUnderAnUnknownNameStillGetsTheNameWhole) {
+  if (!engineAvailable(Engine::SQLiteOdbc)) GTEST_SKIP() << "SQLite ODBC driver not available";
+  // The driver's library under a name that says nothing: it is reached through the wide entry
+  // point first, found to be narrow, and connected again through the narrow one.
+  TempDir dir;
+  const std::string path = makeNonAsciiSqliteFile(dir);
+  const std::string driver = "/usr/lib/x86_64-linux-gnu/odbc/libsqlite3odbc.so";  // libsqliteodbc
+  if (!std::filesystem::exists(driver)) GTEST_SKIP() << driver << " not found";
+  const std::string library = dir.file("libanonymous.so");
+  ASSERT_EQ(symlink(driver.c_str(), library.c_str()), 0);
+  auto connection = Ref<Connection>::make();
+  connection->Open("Provider=MSDASQL;Driver=" + library + ";Database=" + path);
+  expectTheRow(connection);
+}
+
 class OdbcServerConnectionTest : public ::testing::TestWithParam<Engine> {
  protected:
   void SetUp() override {
@@ -130,6 +175,40 @@ TEST_P(OdbcServerConnectionTest, ServerDownIsAClearError) {
   } else {
     EXPECT_NE(e.description().find("Can't connect"), std::string::npos) << e.description();
   }
+}
+
+// A loopback port that accepts connections and never says a word.
+class SilentServer {
+ public:
+  SilentServer() {
+    fd_ = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    listen(fd_, 8);
+    getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length);
+    port_ = ntohs(address.sin_port);
+  }
+  ~SilentServer() { close(fd_); }
+  SilentServer(const SilentServer&) = delete;
+  SilentServer& operator=(const SilentServer&) = delete;
+  int port() const { return port_; }
+
+ private:
+  int fd_ = -1;
+  int port_ = 0;
+};
+
+TEST_P(OdbcServerConnectionTest, ServerThatNeverAnswersEndsAtTheConnectTimeout) {
+  SilentServer silent;
+  vb::VBError e = openFails("Provider=MSDASQL;Connect Timeout=2;" +
+                            serverStringWith(GetParam(), "Port", std::to_string(silent.port())));
+  EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+  EXPECT_EQ(e.sqlState().substr(0, 2), "08") << e.sqlState();
+  const std::string expected = GetParam() == Engine::PostgreSQL ? "timeout expired" : "handshake";
+  EXPECT_NE(e.description().find(expected), std::string::npos) << e.description();
 }
 
 TEST_P(OdbcServerConnectionTest, UnknownDatabaseIsAClearError) {

@@ -444,6 +444,68 @@ TEST_P(OdbcProviderTest, WritesWhileAWalkIsUnderWayLeaveTheWalkWhole) {
   EXPECT_EQ(db->scalar("SELECT v FROM big WHERE id = 2001"), "8");
 }
 
+TEST_P(OdbcProviderTest, ARecordSetWalksOnAfterItsConnectionClosed) {
+  VARSENTIX_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE c (id INTEGER PRIMARY KEY)");
+  db->exec("INSERT INTO c VALUES (1), (2), (3)");
+  auto connection = open(*db);
+  auto rs = openRs(connection, "SELECT id FROM [c] ORDER BY [id]");
+  connection->Close();
+  int rows = 0;
+  for (; !rs->isEOF(); rs->MoveNext()) ++rows;  // no crash, no dangling connection
+  EXPECT_EQ(rows, 3);
+}
+
+TEST(OdbcPostgreSqlTest, GuidsTextAndOtherTypes) {
+  VARSENTIX_TEST_DATABASE(db, Engine::PostgreSQL);
+  db->exec("CREATE TABLE g (id UUID, memo TEXT, n NUMERIC, span INTERVAL)");
+  db->exec("INSERT INTO g VALUES ('6f9619ff-8b86-d011-b42d-00c04fc964ff', 'x', 1.25, '1 day')");
+  auto connection = Ref<Connection>::make();
+  connection->Open(db->connectionString());
+  auto rs = Ref<Recordset>::make();
+  rs->Open("SELECT * FROM g", connection, ado::adOpenForwardOnly, ado::adLockReadOnly, ado::adCmdText);
+  EXPECT_EQ(rs->field("id").Type(), ado::adGUID);
+  EXPECT_EQ(rs->field("id").Value().toText(), "{6F9619FF-8B86-D011-B42D-00C04FC964FF}");
+  EXPECT_EQ(rs->field("memo").Type(), ado::adLongVarWChar);
+  EXPECT_EQ(rs->field("n").Type(), ado::adNumeric);
+  EXPECT_EQ(rs->field("n").Value().toText(), "1.25");  // no declared scale: the digits as stored
+  EXPECT_EQ(rs->field("span").Value().toText(), "1 day");  // other types arrive as text
+}
+
+TEST(OdbcPostgreSqlTest, TimestampsWithZoneReadAsTheSessionsLocalTime) {
+  VARSENTIX_TEST_DATABASE(db, Engine::PostgreSQL);
+  db->exec("CREATE TABLE z (at TIMESTAMPTZ, d DATE)");
+  db->exec("INSERT INTO z VALUES ('2024-02-29 13:45:56.5+00', '2024-02-29')");
+  auto connection = Ref<Connection>::make();
+  connection->Open(db->connectionString());
+  connection->Execute("SET TIME ZONE 'UTC'");
+  auto rs = Ref<Recordset>::make();
+  rs->Open("SELECT at, d FROM z", connection, ado::adOpenForwardOnly, ado::adLockReadOnly,
+           ado::adCmdText);
+  EXPECT_EQ(rs->field("at").Type(), ado::adDBTimeStamp);
+  EXPECT_EQ(rs->field("at").Value().type(), vb::VarType::Date);
+  EXPECT_EQ(rs->field("at").Value().toText(), "2024-02-29 13:45:56.5");
+  EXPECT_EQ(rs->field("d").Value().toText(), "2024-02-29");  // a date's '-' is no zone
+}
+
+TEST(OdbcMariaDbTest, UnsignedIntegersUseTheUnsignedTypes) {
+  VARSENTIX_TEST_DATABASE(db, Engine::MariaDB);
+  db->exec("CREATE TABLE u (t TINYINT UNSIGNED, s TINYINT, b BIGINT UNSIGNED, i INT UNSIGNED)");
+  db->exec("INSERT INTO u VALUES (255, -128, 18446744073709551615, 4294967295)");
+  auto connection = Ref<Connection>::make();
+  connection->Open(db->connectionString());
+  auto rs = Ref<Recordset>::make();
+  rs->Open("SELECT * FROM u", connection, ado::adOpenForwardOnly, ado::adLockReadOnly, ado::adCmdText);
+  EXPECT_EQ(rs->field("t").Type(), ado::adUnsignedTinyInt);
+  EXPECT_EQ(rs->field("t").Value().toText(), "255");
+  EXPECT_EQ(rs->field("s").Type(), ado::adTinyInt);
+  EXPECT_EQ(rs->field("s").Value().toText(), "-128");
+  EXPECT_EQ(rs->field("b").Type(), ado::adUnsignedBigInt);
+  EXPECT_EQ(rs->field("b").Value().toText(), "18446744073709551615");
+  EXPECT_EQ(rs->field("i").Type(), ado::adUnsignedInt);
+  EXPECT_EQ(rs->field("i").Value().toText(), "4294967295");
+}
+
 TEST(OdbcPostgreSqlTest, ResultsStreamThroughAServerCursor) {
   VARSENTIX_TEST_DATABASE(db, Engine::PostgreSQL);
   db->exec("CREATE TABLE s (id INTEGER PRIMARY KEY)");

@@ -247,6 +247,16 @@ void XmlRowsetWriter::finish() {
 
 namespace {
 
+// A number attribute; 0 for text that is none, clamped to the 32-bit range.
+int32_t numberOf(const std::string& text) {
+  long long value = std::strtoll(text.c_str(), nullptr, 10);
+  return static_cast<int32_t>(std::clamp<long long>(value, INT32_MIN, INT32_MAX));
+}
+
+uint8_t byteOf(const std::string& text) {
+  return static_cast<uint8_t>(std::clamp<int32_t>(numberOf(text), 0, 255));
+}
+
 struct Reader {
   PersistedRowset result;
   std::vector<int> numbers;                       // rs:number of each column
@@ -284,7 +294,7 @@ struct Reader {
       std::string name = atts[i], value = restore(atts[i + 1]);
       if (name == "name") xmlName = value;
       else if (name == ns(kNsRs, "name")) c.name = value;
-      else if (name == ns(kNsRs, "number")) number = std::atoi(value.c_str());
+      else if (name == ns(kNsRs, "number")) number = numberOf(value);
       else if (name == ns(kNsRs, "basetable")) c.baseTable = value;
       else if (name == ns(kNsRs, "basecolumn")) c.baseColumn = value;
       else if (name == ns(kNsRs, "nullable")) c.nullable = vb::LCase(value) == "true";
@@ -304,9 +314,9 @@ struct Reader {
       std::string name = atts[i], value = atts[i + 1];
       if (name == ns(kNsDt, "type")) type = value;
       else if (name == ns(kNsRs, "dbtype")) dbType = value;
-      else if (name == ns(kNsDt, "maxLength")) c.definedSize = std::atoi(value.c_str());
-      else if (name == ns(kNsRs, "precision")) c.precision = static_cast<uint8_t>(std::atoi(value.c_str()));
-      else if (name == ns(kNsRs, "scale")) c.numericScale = static_cast<uint8_t>(std::atoi(value.c_str()));
+      else if (name == ns(kNsDt, "maxLength")) c.definedSize = numberOf(value);
+      else if (name == ns(kNsRs, "precision")) c.precision = byteOf(value);
+      else if (name == ns(kNsRs, "scale")) c.numericScale = byteOf(value);
       else if (name == ns(kNsRs, "long")) isLong = vb::LCase(value) == "true";
       else if (name == ns(kNsRs, "fixedlength")) fixed = vb::LCase(value) == "true";
       else if (name == ns(kNsRs, "maybenull") && vb::LCase(value) == "false") c.nullable = false;

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -30,6 +31,7 @@ namespace {
 
 // The error source ADO shows for this provider.
 const char* const kSource = "Microsoft OLE DB Provider for ODBC Drivers";
+// Seconds a connection may take to open, unless the string's "Connect Timeout" says otherwise.
 constexpr SQLULEN kLoginTimeoutSeconds = 10;
 constexpr size_t kPieceBytes = 16384;  // SQLGetData buffer for a piece of a value
 
@@ -117,6 +119,18 @@ std::string guidText(const std::string& text) {
   return "{" + vb::UCase(inner) + "}";
 }
 
+// A time or timestamp with a zone ("2024-01-31 12:00:00+01", "12:00:00-05:30") as the local
+// time the engine wrote: ADO's date types carry no zone.
+std::string withoutZone(const std::string& text) {
+  size_t sign = text.find_last_of("+-");
+  if (sign == std::string::npos || sign < 8 || text.find(':') == std::string::npos ||
+      text.find(':') > sign)
+    return text;
+  for (size_t i = sign + 1; i < text.size(); ++i)
+    if (!(text[i] >= '0' && text[i] <= '9') && text[i] != ':') return text;
+  return text.substr(0, sign);
+}
+
 // ".5" / "-.5" from some drivers become "0.5" / "-0.5".
 std::string decimalText(std::string text) {
   if (!text.empty() && text[0] == '.') text.insert(0, "0");
@@ -128,7 +142,10 @@ std::string decimalText(std::string text) {
 
 // ---- the session ----------------------------------------------------------------------------
 
-class OdbcSession final : public ProviderSession {
+// The connection itself. Shared by the cursors it opened, so that a record set still walking
+// after its Connection closed keeps a valid connection until it goes (as SQLite keeps a closed
+// database while statements remain); SessionHandle below is what Connection owns.
+class OdbcSession final : public ProviderSession, public std::enable_shared_from_this<OdbcSession> {
  public:
   OdbcSession() : api_(odbc::odbcApi()) {}
   ~OdbcSession() override;
@@ -216,14 +233,15 @@ class OdbcSession final : public ProviderSession {
   std::string quote_ = "\"";
   std::string catalog_;  // the connected database (MariaDB lists only its tables)
   int transactionDepth_ = 0;
+  SQLULEN loginTimeout_ = kLoginTimeoutSeconds;
 };
 
 // ---- the cursor -----------------------------------------------------------------------------
 
 class OdbcCursor final : public RowCursor {
  public:
-  OdbcCursor(OdbcSession& session, std::unique_ptr<Statement> stmt)
-      : session_(session), api_(session.api()), stmt_(std::move(stmt)) {
+  OdbcCursor(std::shared_ptr<OdbcSession> session, std::unique_ptr<Statement> stmt)
+      : owner_(std::move(session)), session_(*owner_), api_(session_.api()), stmt_(std::move(stmt)) {
     describe();
   }
   const std::vector<ColumnInfo>& columns() const override { return columns_; }
@@ -243,6 +261,7 @@ class OdbcCursor final : public RowCursor {
     return indicator != SQL_NULL_DATA;
   }
 
+  std::shared_ptr<OdbcSession> owner_;
   OdbcSession& session_;
   const odbc::OdbcApi& api_;
   std::unique_ptr<Statement> stmt_;
@@ -433,7 +452,7 @@ void OdbcCursor::read(size_t index, vb::Variant& out) {
       return;
     case Reader::DateText:
       try {
-        out = variantFromText(column.type, text);
+        out = variantFromText(column.type, withoutZone(text));
       } catch (const vb::VBError&) {
         out = std::move(text);  // a value the calendar cannot hold is shown as the engine wrote it
       }
@@ -508,7 +527,9 @@ std::string OdbcSession::odbcConnectionString(const ConnectionString& connection
   };
   for (const auto& [key, value] : connection.pairs()) {
     std::string k = lower(key);
-    if (k == "provider" || k == "persist security info" || k == "extended properties") continue;
+    if (k == "provider" || k == "persist security info" || k == "extended properties" ||
+        k == "connect timeout")
+      continue;
     if (k == "data source" || k == "datasource" || k == "dsn") add("DSN", value);
     else if (k == "user id" || k == "uid" || k == "user") add("UID", value);
     else if (k == "password" || k == "pwd") add("PWD", value);
@@ -529,6 +550,9 @@ std::string OdbcSession::odbcConnectionString(const ConnectionString& connection
     if (auto user = connection.get("OPTION")) option = std::strtol(user->c_str(), nullptr, 10);
     add("OPTION", std::to_string(option | 2));
     if (!has("CHARSET")) add("CHARSET", "utf8mb4");
+    // The connector leaves the login timeout aside: without this a server that accepts the
+    // connection and never greets would hold the open for ever.
+    if (!has("CONN_TIMEOUT")) add("CONN_TIMEOUT", std::to_string(loginTimeout_));
   }
   return text;
 }
@@ -537,7 +561,7 @@ SQLRETURN OdbcSession::driverConnect(const std::string& text) {
   if (dbc_ == SQL_NULL_HDBC) {
     check(api_.SQLAllocHandle(SQL_HANDLE_DBC, env_, &dbc_), SQL_HANDLE_ENV, env_);
     api_.SQLSetConnectAttr(dbc_, SQL_ATTR_LOGIN_TIMEOUT,
-                           reinterpret_cast<SQLPOINTER>(kLoginTimeoutSeconds), 0);
+                           reinterpret_cast<SQLPOINTER>(loginTimeout_), 0);
   }
   SQLRETURN rc;
   if (wide_) {
@@ -589,6 +613,10 @@ void OdbcSession::connect(const ConnectionString& connection, const std::string&
                           const std::string& password) {
   check(api_.SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env_), SQL_HANDLE_ENV, SQL_NULL_HANDLE);
   api_.SQLSetEnvAttr(env_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+  if (auto timeout = connection.get("Connect Timeout")) {
+    long seconds = std::strtol(timeout->c_str(), nullptr, 10);
+    if (seconds > 0) loginTimeout_ = static_cast<SQLULEN>(seconds);
+  }
   Dbms guessed = guessDbms(connection);
   wide_ = guessed != Dbms::SQLite;
   std::string text = odbcConnectionString(connection, userID, password, guessed);
@@ -694,7 +722,7 @@ std::string OdbcSession::translate(const std::string& sql) const {
 std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql) {
   auto stmt = newStatement();
   execDirect(*stmt, nativeSql);
-  return std::make_unique<OdbcCursor>(*this, std::move(stmt));
+  return std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt));
 }
 
 std::unique_ptr<RowCursor> OdbcSession::query(const std::string& sql) {
@@ -797,7 +825,7 @@ std::vector<OdbcSession::TableRow> OdbcSession::tableRows() {
   }
   check(rc, SQL_HANDLE_STMT, stmt->handle, "SQLTables");
   std::vector<TableRow> tables;
-  for (const Row& row : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
+  for (const Row& row : readAll(std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt)))) {
     if (row.size() < 4 || row[2].isNull()) continue;
     TableRow t{nullIfEmpty(row[0]), nullIfEmpty(row[1]), row[2].toText(),
                row[3].isNull() ? std::string("TABLE") : row[3].toText()};
@@ -845,7 +873,7 @@ std::vector<OdbcSession::KeyRow> OdbcSession::primaryKeyRows(const vb::Variant& 
   check(rc, SQL_HANDLE_STMT, stmt->handle, "SQLPrimaryKeys");
   std::vector<KeyRow> keys;
   // TABLE_CAT, TABLE_SCHEM, TABLE_NAME, COLUMN_NAME, KEY_SEQ, PK_NAME
-  for (const Row& row : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
+  for (const Row& row : readAll(std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt)))) {
     if (row.size() < 6 || row[3].isNull()) continue;
     KeyRow k{nullIfEmpty(row[0]), nullIfEmpty(row[1]), row[2].toText(), row[3].toText(),
              row[5].isNull() ? std::string() : row[5].toText(),
@@ -955,7 +983,7 @@ void OdbcSession::foreignKeyRows(const std::string& pkTable, const std::string& 
   // DEFERRABILITY
   const vb::Variant null = vb::Variant::null();
   int keyNumber = -1;  // SQLite names no keys: they are named as the SQLite provider names them
-  for (Row r : readAll(std::make_unique<OdbcCursor>(*this, std::move(stmt)))) {
+  for (Row r : readAll(std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt)))) {
     if (r.size() < 13) continue;
     if (dbms_ == Dbms::SQLite) {
       if (r[8].isNull() || r[8].toInt32() <= 1) ++keyNumber;
@@ -1248,7 +1276,8 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
         else if (dt.kind == vb::DateTime::Kind::Time) p.sqlType = SQL_TYPE_TIME, p.columnSize = text.size();
         else p.sqlType = SQL_TYPE_TIMESTAMP, p.columnSize = std::max<SQLULEN>(text.size(), 19);
         if (isTextSqlType(sqlTypeFor(type)) || dbms_ == Dbms::SQLite) {
-          p.sqlType = dbms_ == Dbms::SQLite ? SQL_VARCHAR : SQL_VARCHAR;
+          p.sqlType = SQL_VARCHAR;  // a text column, or SQLite, which keeps dates as text
+          p.digits = 0;
           bindText(text);
         }
         break;
@@ -1274,12 +1303,50 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
 
 namespace {
 
+// What the Connection owns: every call goes to the shared session; closing ends a pending
+// transaction and lets the session go when no cursor holds it any more.
+class SessionHandle final : public ProviderSession {
+ public:
+  explicit SessionHandle(std::shared_ptr<OdbcSession> session) : s_(std::move(session)) {}
+  ~SessionHandle() override { s_->rollback(); }
+  SessionHandle(const SessionHandle&) = delete;
+  SessionHandle& operator=(const SessionHandle&) = delete;
+
+  std::string providerName() const override { return s_->providerName(); }
+  std::unique_ptr<RowCursor> query(const std::string& sql) override { return s_->query(sql); }
+  int64_t execute(const std::string& sql) override { return s_->execute(sql); }
+  std::unique_ptr<RowCursor> openTable(const std::string& table) override {
+    return s_->openTable(table);
+  }
+  int64_t countRows(const std::string& sql) override { return s_->countRows(sql); }
+  std::unique_ptr<RowCursor> openSchema(SchemaEnum schema,
+                                        const std::vector<vb::Variant>& restrictions) override {
+    return s_->openSchema(schema, restrictions);
+  }
+  std::vector<std::string> primaryKeyColumns(const std::string& table) override {
+    return s_->primaryKeyColumns(table);
+  }
+  void beginTransaction() override { s_->beginTransaction(); }
+  void commit() override { s_->commit(); }
+  void rollback() noexcept override { s_->rollback(); }
+  int64_t executeBound(const std::string& nativeSql, const std::vector<vb::Variant>& values,
+                       const std::vector<ColumnInfo>& valueColumns) override {
+    return s_->executeBound(nativeSql, values, valueColumns);
+  }
+  std::string quoteIdentifier(const std::string& name) const override {
+    return s_->quoteIdentifier(name);
+  }
+
+ private:
+  std::shared_ptr<OdbcSession> s_;
+};
+
 std::unique_ptr<ProviderSession> openOdbcSession(const ConnectionString& connection,
                                                  const std::string& userID,
                                                  const std::string& password) {
-  auto session = std::make_unique<OdbcSession>();
+  auto session = std::make_shared<OdbcSession>();
   session->connect(connection, userID, password);
-  return session;
+  return std::make_unique<SessionHandle>(std::move(session));
 }
 
 const ProviderRegistrar registrar("MSDASQL", &openOdbcSession);

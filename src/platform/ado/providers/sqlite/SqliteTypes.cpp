@@ -1,5 +1,7 @@
 // SQLite declared types onto ADO types: SQLite's affinity rules, refined by the type's name.
 // The table is documented in docs/record-set-layer.md; keep the two in step.
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "platform/ado/TypeInfo.h"
@@ -40,12 +42,12 @@ Declared parseDeclared(const std::string& text) {
     char* end = nullptr;
     long a = std::strtol(p, &end, 10);
     if (end != p) {
-      d.first = static_cast<int>(a);
+      d.first = static_cast<int>(std::clamp<long>(a, 0, INT32_MAX));
       while (*end == ' ') ++end;
       if (*end == ',') {
         const char* q = end + 1;
         long b = std::strtol(q, &end, 10);
-        if (end != q) d.second = static_cast<int>(b);
+        if (end != q) d.second = static_cast<int>(std::clamp<long>(b, 0, INT32_MAX));
       }
     }
   }
