@@ -195,3 +195,24 @@ TEST(OpenTableStructure, FailureOfAMissingConnectionRecordsItsMessages) {
   EXPECT_EQ(side.getReturnMessage(),
             "Successfully Completed #17 Error occurred while opeing the structure for T ||");
 }
+
+TEST(FieldStructurePostgreSQL, TablesOfOneNameInTwoSchemasAreOneTableToTheComparison) {
+  VARSENTIX_TEST_DATABASE(master, Engine::PostgreSQL);
+  VARSENTIX_TEST_DATABASE(source, Engine::PostgreSQL);
+  master->exec("CREATE SCHEMA other");
+  master->exec("CREATE TABLE public.twin (id INTEGER PRIMARY KEY, a VARCHAR(10))");
+  master->exec("CREATE TABLE other.twin (id INTEGER PRIMARY KEY, b VARCHAR(10))");
+  source->exec("CREATE TABLE twin (id INTEGER PRIMARY KEY, b VARCHAR(10))");
+  auto m = makeSide(master->connectionString());
+  auto s = makeSide(source->connectionString());
+  compareStructures(*m, *s);
+  // Both of the master's tables carry the object name twin: their rows are matched by object
+  // and field name only, so b is found (in the source's one twin) and a is new.
+  int tableRows = 0;
+  for (const auto& row : *m->getResults()) tableRows += row->getFieldName().empty() && !row->getIsFieldDesc();
+  EXPECT_EQ(tableRows, 2);
+  EXPECT_EQ(changeTypeOf(*m, "twin", "a"), "2");
+  EXPECT_EQ(changeTypeOf(*m, "twin", "b"), "0");
+  for (const auto& row : *m->getResults())
+    if (row->getFieldName().empty()) EXPECT_EQ(row->getChangeType(), "0") << row->toString();
+}
