@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <map>
+#include <regex>
 #include <set>
 
 #include "varsentix/control/Varsenti.h"
@@ -124,7 +125,9 @@ void appendFailures(std::string& logs, const std::string& tableLog) {
 }
 
 void failOnConnection(Varsenti& control, SideName side, const ResolvedSide& resolved) {
-  const std::string cause = connectionFailureIn(control.getErrorLogs(sideIsMaster(side)));
+  // A driver's message may run over several lines (libpq adds a hint line): the report says it on one.
+  const std::string cause = std::regex_replace(connectionFailureIn(control.getErrorLogs(sideIsMaster(side))),
+                                               std::regex("\\s*[\r\n]+\\s*"), " ");
   if (!cause.empty())
     throw CliError(std::string(sideText(side)) + " side (" + resolved.label + "): " + cause);
 }

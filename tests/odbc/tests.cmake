@@ -1,5 +1,4 @@
 varsentix_add_suite(varsentix_odbc_tests
-  odbc/OdbcTestSupport.cpp
   odbc/odbc_types_test.cpp
   odbc/engines_test.cpp
   odbc/odbc_provider_test.cpp

@@ -1,6 +1,7 @@
 target_sources(varsentix_test_support PRIVATE
   support/TempDir.cpp
   support/Engines.cpp
+  support/ServerScripts.cpp
 )
 # Test databases are set up natively: SQLite files through the SQLite library, the servers
 # through the ODBC driver manager (its headers from unixodbc-dev).

@@ -1,4 +1,4 @@
-#include "odbc/OdbcTestSupport.h"
+#include "support/ServerScripts.h"
 
 #include <sys/wait.h>
 
@@ -10,7 +10,7 @@
 
 #include "support/TempDir.h"
 
-namespace varsentix::testing::odbc {
+namespace varsentix::testing {
 namespace {
 
 std::string lower(std::string text) {
@@ -94,4 +94,4 @@ void loadScript(TestDatabase& db, const std::string& scriptPath) {
   if (status != 0) throw std::runtime_error("loading " + scriptPath + " failed: " + command);
 }
 
-}  // namespace varsentix::testing::odbc
+}  // namespace varsentix::testing
