@@ -252,6 +252,7 @@ class OdbcCursor final : public RowCursor {
   void read(size_t index, vb::Variant& out);
   // Reads a text value in pieces; false for NULL.
   bool readText(SQLUSMALLINT column, std::string& out, bool forceNarrow = false);
+  size_t trustTheTerminator(size_t bytes, size_t limit) const;
   bool readBinary(SQLUSMALLINT column, vb::Bytes& out);
   template <typename T>
   bool readFixed(SQLUSMALLINT column, SQLSMALLINT cType, T& out) {
@@ -340,6 +341,19 @@ bool OdbcCursor::fetch(std::vector<vb::Variant>& row) {
   return true;
 }
 
+// A driver writes a terminator right after the text it wrote. MariaDB's connector (3.1) reports
+// some texts holding letters such as U+00DA one unit shorter than it wrote them: when the unit at
+// the reported end is not the terminator, the text goes on to the terminator.
+size_t OdbcCursor::trustTheTerminator(size_t bytes, size_t limit) const {
+  auto unitAt = [&](size_t offset) {
+    char16_t unit;
+    std::memcpy(&unit, piece_.data() + offset, sizeof unit);
+    return unit;
+  };
+  while (bytes + sizeof(char16_t) <= limit && unitAt(bytes) != 0) bytes += sizeof(char16_t);
+  return bytes;
+}
+
 bool OdbcCursor::readText(SQLUSMALLINT column, std::string& out, bool forceNarrow) {
   out.clear();
   bool wide = session_.wide() && !forceNarrow;
@@ -358,6 +372,7 @@ bool OdbcCursor::readText(SQLUSMALLINT column, std::string& out, bool forceNarro
                        : static_cast<size_t>(indicator);
     if (wide) {
       bytes -= bytes % sizeof(char16_t);
+      bytes = trustTheTerminator(bytes, piece_.size() - terminator);
       size_t start = units.size();
       units.resize(start + bytes / sizeof(char16_t));
       std::memcpy(units.data() + start, piece_.data(), bytes);
