@@ -101,7 +101,7 @@ int randomSize(std::mt19937& random, bool large) {
 TEST(StructureDifferential, RandomRowCollectionsClassifyAlike) {
   std::mt19937 random(20261121);
   for (int pair = 0; pair < 1500; ++pair) {
-    const bool large = pair % 25 == 0;
+    const bool large = pair % 50 == 0;
     const Rows a = randomRows(random, randomSize(random, large));
     const Rows b = randomRows(random, randomSize(random, large));
     PassRun run;
