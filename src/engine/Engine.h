@@ -4,8 +4,9 @@
 // through the public operations of clsDBManager and clsResultSet and keep no state of their own
 // (but for the per-thread data progress of DataProgress.h).
 //
-// These routines follow the algorithms exactly as the control has always run them: nested scans
-// over the result rows, one match query per record. They are the reference for any faster path.
+// The ...Reference routines follow the algorithms exactly as the control has always run them:
+// nested scans over the result rows. The routines without the suffix give the same rows, change
+// types, events and messages through one index of the other side (docs/performance.md).
 #include <cstdint>
 #include <string>
 
@@ -28,6 +29,10 @@ clsDBManager& addTableToResults(clsDBManager& manager);
 // after it. #10 on failure.
 clsDBManager& compareResultStructure(clsDBManager& A, clsDBManager& B, Varsenti& control,
                                      const std::string& readingFrom);
+// The same classification as the literal nested scans (rows of A times rows of B, a field pass
+// per match): the reference compareResultStructure is checked against.
+clsDBManager& compareResultStructureReference(clsDBManager& A, clsDBManager& B, Varsenti& control,
+                                              const std::string& readingFrom);
 // Removes every row whose change type is "0". No handler.
 void removeUnchangedResults(clsDBManager& manager);
 
@@ -42,6 +47,8 @@ void openTableStructureFromFieldList(clsDBManager& manager);
 // Classifies A's rows from i0 on against B's rows from j0 on: "2" new field, "0" same, then the
 // data-type test. #9 on failure.
 clsDBManager& CompareFieldStructure(clsDBManager& A, clsDBManager& B, int32_t i0, int32_t j0);
+// The literal nested scan of the field pass: the reference CompareFieldStructure is checked against.
+clsDBManager& CompareFieldStructureReference(clsDBManager& A, clsDBManager& B, int32_t i0, int32_t j0);
 // Row i of A becomes "0" when its data type text equals that of row j of B, "3" otherwise.
 clsDBManager& compareResultDataTypes(clsDBManager& A, clsDBManager& B, int32_t i, int32_t j);
 

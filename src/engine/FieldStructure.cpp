@@ -1,3 +1,6 @@
+#include <string>
+#include <utility>
+
 #include "engine/Engine.h"
 #include "engine/VbFlow.h"
 #include "varsentix/dbside/ModADOFields.h"
@@ -22,9 +25,31 @@ int32_t rowCountForMessage(clsDBManager& side) noexcept {
   }
 }
 
+// The table's primary key as the side reports it, asked once per addTableFieldsToResults call:
+// a failed question is not kept, so the next column asks again as it always has.
+class PrimaryKeyOnce {
+ public:
+  PrimaryKeyOnce(clsDBManager& manager, std::string tableName)
+      : manager_(manager), tableName_(std::move(tableName)) {}
+  const std::string& get() {
+    if (!known_) {
+      key_ = manager_.getAccessPrimaryKey(tableName_);
+      known_ = true;
+    }
+    return key_;
+  }
+
+ private:
+  clsDBManager& manager_;
+  std::string tableName_;
+  std::string key_;
+  bool known_ = false;
+};
+
 // Appends the row of column k. Every step is passed over when it fails; a failing name test
 // still runs the body, which is how each table gets its trailing row at k = column count.
-void addFieldRow(clsDBManager& manager, const std::string& tableName, int16_t fieldCount, int16_t k) {
+void addFieldRow(clsDBManager& manager, const std::string& tableName, int16_t fieldCount, int16_t k,
+                 PrimaryKeyOnce& primaryKey) {
   vb::ResumeNext onError;
   auto row = vb::Ref<clsResultSet>::make();
   auto records = [&] { return manager.getDatabaseRecords(); };
@@ -35,7 +60,7 @@ void addFieldRow(clsDBManager& manager, const std::string& tableName, int16_t fi
         onError([&] { row->setFieldName(records()->field(k).Name()); });
         onError([&] { row->setDataType(ModADO::getFieldTypeName(manager, k)); });
         onError([&] { row->setFieldCount(fieldCount); });
-        onError([&] { row->setPrimaryKey(manager.getAccessPrimaryKey(tableName)); });
+        onError([&] { row->setPrimaryKey(primaryKey.get()); });
         onError([&] { row->setShow(ModADO::isComparableFieldType(manager, k)); });
         onError([&] { row->setFieldDefinedSize(vb::CStr(records()->field(k).DefinedSize())); });
         onError([&] { row->setFieldActualSize(vb::CStr(records()->field(k).ActualSize())); });
@@ -60,7 +85,8 @@ clsDBManager& addTableFieldsToResults(clsDBManager& manager) {
     const int32_t columns = manager.getDatabaseRecords()->getFields().Count();
     const int16_t fieldCount = vb::CInt(static_cast<double>(columns));
     const int32_t n = manager.getDatabaseRecords()->getFields().Count();
-    for (k = 0; k <= n; ++k) addFieldRow(manager, tableName, fieldCount, k);
+    PrimaryKeyOnce primaryKey(manager, tableName);
+    for (k = 0; k <= n; ++k) addFieldRow(manager, tableName, fieldCount, k, primaryKey);
     manager.closeRecordSet();
   } catch (...) {
     manager.setReturnSQLMessage(manager.getReturnSQLMessage() +
@@ -97,7 +123,7 @@ void openTableStructureFromFieldList(clsDBManager& manager) {
   }
 }
 
-clsDBManager& CompareFieldStructure(clsDBManager& A, clsDBManager& B, int32_t i0, int32_t j0) {
+clsDBManager& CompareFieldStructureReference(clsDBManager& A, clsDBManager& B, int32_t i0, int32_t j0) {
   int32_t i = i0;
   try {
     A.setReturnMessage("Successfully Completed");

@@ -58,8 +58,8 @@ clsDBManager& addTableToResults(clsDBManager& manager) {
   return manager;
 }
 
-clsDBManager& compareResultStructure(clsDBManager& A, clsDBManager& B, Varsenti& control,
-                                     const std::string& readingFrom) {
+clsDBManager& compareResultStructureReference(clsDBManager& A, clsDBManager& B, Varsenti& control,
+                                              const std::string& readingFrom) {
   int32_t i = 0;
   int32_t j = 0;
   try {
@@ -70,7 +70,7 @@ clsDBManager& compareResultStructure(clsDBManager& A, clsDBManager& B, Varsenti&
       for (j = 1; j <= rowCount(B); ++j) {
         if (rowOf(A, i)->getDatabaseObjName() == rowOf(B, j)->getDatabaseObjName()) {
           rowOf(A, i)->setChangeType("0");
-          CompareFieldStructure(A, B, i, j);
+          CompareFieldStructureReference(A, B, i, j);
           break;
         }
         rowOf(A, i)->setChangeType("1");

@@ -5,5 +5,6 @@ target_sources(varsentix PRIVATE
   engine/ModADOMatchQuery.cpp
   engine/TableStructure.cpp
   engine/FieldStructure.cpp
+  engine/StructureIndex.cpp
   engine/RecordCompare.cpp
 )

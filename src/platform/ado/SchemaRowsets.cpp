@@ -1,5 +1,7 @@
 #include "platform/ado/SchemaRowsets.h"
 
+#include <algorithm>
+
 #include "varsentix/platform/vb/Conversions.h"
 #include "varsentix/platform/vb/VBError.h"
 
@@ -65,7 +67,23 @@ bool restrictionMatches(const std::vector<vb::Variant>& restrictions, size_t ind
   if (wantedText.empty()) return true;
   if (value.isNull() || value.isEmpty()) return false;
   std::string actual = value.toText();
-  return caseInsensitive ? vb::LCase(actual) == vb::LCase(wantedText) : actual == wantedText;
+  if (actual == wantedText) return true;
+  if (!caseInsensitive) return false;
+  // ASCII texts compare letter by letter without copies; anything else through LCase.
+  auto ascii = [](const std::string& text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  };
+  if (ascii(actual) && ascii(wantedText)) {
+    if (actual.size() != wantedText.size()) return false;
+    for (size_t n = 0; n < actual.size(); ++n) {
+      const char a = actual[n] >= 'A' && actual[n] <= 'Z' ? static_cast<char>(actual[n] - 'A' + 'a') : actual[n];
+      const char w = wantedText[n] >= 'A' && wantedText[n] <= 'Z' ? static_cast<char>(wantedText[n] - 'A' + 'a')
+                                                                  : wantedText[n];
+      if (a != w) return false;
+    }
+    return true;
+  }
+  return vb::LCase(actual) == vb::LCase(wantedText);
 }
 
 void raiseSchemaNotSupported(int32_t schema) {

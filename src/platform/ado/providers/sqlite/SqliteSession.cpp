@@ -19,6 +19,21 @@
 namespace varsentix::ado::detail {
 namespace {
 
+bool isAscii(const std::string& text) {
+  for (char c : text)
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  return true;
+}
+
+char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool equalsIgnoringAsciiCase(const std::string& a, const std::string& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t n = 0; n < a.size(); ++n)
+    if (asciiLower(a[n]) != asciiLower(b[n])) return false;
+  return true;
+}
+
 struct StatementDeleter {
   void operator()(sqlite3_stmt* stmt) const { sqlite3_finalize(stmt); }
 };
@@ -435,7 +450,15 @@ std::string SqliteSession::tableType(const std::string& name, bool isView) const
   return isView ? "VIEW" : "TABLE";
 }
 
+int64_t SqliteSession::schemaVersion() {
+  auto cursor = queryNative("PRAGMA schema_version");
+  std::vector<vb::Variant> row;
+  return cursor->fetch(row) && !row.empty() ? row[0].toInt64() : -1;
+}
+
 std::vector<SqliteSession::TableEntry> SqliteSession::tableList() {
+  const int64_t version = schemaVersion();
+  if (version >= 0 && version == tableCacheVersion_) return tableCache_;
   std::vector<TableEntry> tables{{"sqlite_master", tableType("sqlite_master", false)}};
   auto cursor = queryNative(
       "SELECT name, type FROM sqlite_master WHERE type IN ('table','view') ORDER BY name");
@@ -447,6 +470,8 @@ std::vector<SqliteSession::TableEntry> SqliteSession::tableList() {
   std::stable_sort(tables.begin(), tables.end(), [](const TableEntry& a, const TableEntry& b) {
     return a.type != b.type ? a.type < b.type : a.name < b.name;
   });
+  tableCache_ = tables;
+  tableCacheVersion_ = version;
   return tables;
 }
 
@@ -464,6 +489,9 @@ std::vector<SqliteSession::KeyColumn> SqliteSession::primaryKeyRows(const std::s
 }
 
 std::vector<SqliteSession::ForeignKeyColumn> SqliteSession::foreignKeyRows() {
+  // The schema version changes with every schema change any connection commits.
+  const int64_t version = schemaVersion();
+  if (version >= 0 && version == foreignKeyCacheVersion_) return foreignKeyCache_;
   std::vector<TableEntry> tables = tableList();
   std::map<std::string, std::string> storedName;  // lower-case name -> name as created
   for (const auto& t : tables) storedName[lower(t.name)] = t.name;
@@ -499,6 +527,8 @@ std::vector<SqliteSession::ForeignKeyColumn> SqliteSession::foreignKeyRows() {
       keys.push_back(std::move(fk));
     }
   }
+  foreignKeyCache_ = keys;
+  foreignKeyCacheVersion_ = version;
   return keys;
 }
 
@@ -517,8 +547,17 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
   }
   if (schema == adSchemaPrimaryKeys) {
     if (restrictionMatches(r, 0, null) && restrictionMatches(r, 1, null)) {
+      // A restriction of plain ASCII text is compared here letter by letter (as restrictionMatches
+      // does for ASCII), without a copy per table: the rowset is asked once per table.
+      std::string wanted;
+      const bool asciiWanted = r.size() > 2 && r[2].type() == vb::VarType::String && !(wanted = r[2].toText()).empty() &&
+                               isAscii(wanted);
       for (const auto& t : tableList()) {
-        if (t.type == "VIEW" || !restrictionMatches(r, 2, t.name, true)) continue;
+        if (t.type == "VIEW") continue;
+        const bool matches = asciiWanted && !t.name.empty() && isAscii(t.name)
+                                 ? equalsIgnoringAsciiCase(t.name, wanted)
+                                 : restrictionMatches(r, 2, t.name, true);
+        if (!matches) continue;
         for (const auto& k : primaryKeyRows(t.name))
           rows.push_back({null, null, k.table, k.column, null, null, k.ordinal, k.keyName});
       }

@@ -12,6 +12,7 @@
 //   checkWritable()      raises when the session refuses writes (called before every write)
 // and Options carries the provider name and the SQL dialect (e.g. #date# translation).
 // The sqlite3 type is only declared here; sqlite3.h stays inside the provider's .cpp files.
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -104,6 +105,14 @@ class SqliteSession : public ProviderSession {
   bool ownsHandle_;
   Options options_;
   int transactionDepth_ = 0;
+  // The database's schema version (-1 when it cannot be read): the key of the caches below.
+  int64_t schemaVersion();
+  std::vector<TableEntry> tableCache_;  // tableList() as of a schema version
+  int64_t tableCacheVersion_ = -1;
+  // foreignKeyRows() as of a schema version of the database: one walk of all tables serves
+  // every foreign-key rowset until the schema changes.
+  std::vector<ForeignKeyColumn> foreignKeyCache_;
+  int64_t foreignKeyCacheVersion_ = -1;
 };
 
 }  // namespace varsentix::ado::detail

@@ -1,0 +1,3 @@
+varsentix_add_suite(varsentix_fast_tests
+  fast/structure_differential_test.cpp
+)
