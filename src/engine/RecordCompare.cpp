@@ -61,6 +61,26 @@ void countBufferedStep(clsDBManager& A, Varsenti& control, const std::string& re
   A.setCurrentRecordNumber(addLong(A.getCurrentRecordNumber(), 1));
 }
 
+// What the buffered and windowed walks share: open A's statement, reset the progress, run the
+// walk over A's records, close both sides; any failure is recorded as message #14.
+template <typename Walk>
+void walkBufferedSide(clsDBManager& A, clsDBManager& B, Walk&& walk) {
+  std::string query;
+  try {
+    query = buildSelectStatement(A);
+    const int16_t columnCount = openBufferedSide(A, query);
+    dataProgress().position = 1;
+    int16_t counter = 0;
+    auto records = A.getDatabaseRecords();
+    walk(*records, columnCount, counter);
+    A.closeRecordSet();
+    B.closeRecordSet();
+  } catch (...) {
+    appendSqlMessage(A, " #14 Error occurred while attempting to get data differences from specified fields SQL used = " +
+                            query + " ||");
+  }
+}
+
 }  // namespace
 
 std::string buildSelectStatement(clsDBManager& manager) {
@@ -140,50 +160,28 @@ clsDBManager& addRecordValueToResults(clsDBManager& A, int16_t changeType, int16
 
 void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
                             const std::string& readingFrom) {
-  std::string query;
-  try {
-    query = buildSelectStatement(A);
-    const int16_t columnCount = openBufferedSide(A, query);
-    dataProgress().position = 1;
-    int16_t counter = 0;
-    auto records = A.getDatabaseRecords();
-    while (!records->isEOF()) {
+  walkBufferedSide(A, B, [&](ado::Recordset& records, int16_t columnCount, int16_t& counter) {
+    while (!records.isEOF()) {
       compareRecordValues(A, B, columnCount);
-      records->MoveNext();
+      records.MoveNext();
       countBufferedStep(A, control, readingFrom, counter);
     }
-    A.closeRecordSet();
-    B.closeRecordSet();
-  } catch (...) {
-    appendSqlMessage(A, " #14 Error occurred while attempting to get data differences from specified fields SQL used = " +
-                            query + " ||");
-  }
+  });
 }
 
 void compareRecordWindow(clsDBManager& A, clsDBManager& B, Varsenti& control,
                          const std::string& readingFrom, int32_t s, int32_t n) {
-  std::string query;
-  try {
-    query = buildSelectStatement(A);
-    const int16_t columnCount = openBufferedSide(A, query);
-    dataProgress().position = 1;
-    int16_t counter = 0;
-    auto records = A.getDatabaseRecords();
+  walkBufferedSide(A, B, [&](ado::Recordset& records, int16_t columnCount, int16_t& counter) {
     // The window's start only sets how many steps run; every window starts at the first record.
     const int64_t last = static_cast<int64_t>(s) + n;
     for (int64_t i = s; i <= last; ++i) {
-      if (!records->isBOF() && !records->isEOF()) {
+      if (!records.isBOF() && !records.isEOF()) {
         compareRecordValues(A, B, columnCount);
-        records->MoveNext();
+        records.MoveNext();
       }
       countBufferedStep(A, control, readingFrom, counter);
     }
-    A.closeRecordSet();
-    B.closeRecordSet();
-  } catch (...) {
-    appendSqlMessage(A, " #14 Error occurred while attempting to get data differences from specified fields SQL used = " +
-                            query + " ||");
-  }
+  });
 }
 
 void saveTableRecordsToXML(clsDBManager& manager) {
