@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "engine/Engine.h"
+#include "engine/ResultRows.h"
 #include "engine/VbFlow.h"
 #include "varsentix/dbside/ModADOFields.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -9,12 +10,6 @@
 
 namespace varsentix::engine {
 namespace {
-
-const vb::Ref<clsResultSet>& rowOf(clsDBManager& side, int32_t index) {
-  return side.getResults()->Item(index);
-}
-
-int32_t rowCount(clsDBManager& side) { return side.getResults()->Count(); }
 
 // The row count for a message written after a failure: 0 when even that cannot be read.
 int32_t rowCountForMessage(clsDBManager& side) noexcept {

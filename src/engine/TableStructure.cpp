@@ -1,4 +1,5 @@
 #include "engine/Engine.h"
+#include "engine/ResultRows.h"
 #include "engine/ModADORecordHelpers.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -6,12 +7,6 @@
 
 namespace varsentix::engine {
 namespace {
-
-const vb::Ref<clsResultSet>& rowOf(clsDBManager& side, int32_t index) {
-  return side.getResults()->Item(index);
-}
-
-int32_t rowCount(clsDBManager& side) { return side.getResults()->Count(); }
 
 void appendReturnMessage(clsDBManager& side, const std::string& text) {
   side.setReturnMessage(side.getReturnMessage() + text);
