@@ -446,7 +446,8 @@ void printRun(const char* label, const Measured& m) {
     return;
   }
   std::printf("  %-9s %8.3f s wall, peak RSS %7.1f MB", label, m.wall, m.peakMB);
-  if (m.report.callSeconds > 0) std::printf(" (call %.3f s)", m.report.callSeconds);
+  if (m.report.callSeconds > 0)
+    std::printf(" (%s %.3f s)", m.report.streamedRows > 0 ? "walk" : "call", m.report.callSeconds);
   if (m.report.resultRows[0] + m.report.resultRows[1] > 0)
     std::printf(", result rows %d / %d", m.report.resultRows[0], m.report.resultRows[1]);
   if (m.report.streamedRows > 0) std::printf(", %ld rows streamed", m.report.streamedRows);
