@@ -32,7 +32,7 @@ std::string clsDBManager::describeForDiagnostics() const {
   text += ",bListDBOjectsOnly=" + vb::CStr(listDBObjectsOnly_);
   text += ",useDSN =" + vb::CStr(useDSN_);
   text += ",returnConnectionMessage =" + returnConnectionMessage_;
-  text += ",returnSQLMessage =" + returnSQLMessage_;
+  text += ",returnSQLMessage =" + returnSQLMessage_.str();
   return text;
 }
 

@@ -55,12 +55,12 @@ constexpr const char* kNullValue = "Null";
 
 void clsDBManager::openDataBaseRecordsFromQuery(const std::string& sSql) {
   const std::string outcome = data().getAccessRecordsFromSQL(sSql);
-  returnSQLMessage_ = returnSQLMessage_ + " " + outcome + " ||";
+  returnSQLMessage_ += " " + outcome + " ||";
 }
 
 void clsDBManager::openSecondDataBaseRecordsFromQuery(const std::string& sSql) {
   const std::string outcome = data().getAccessRecordsFromSQL2(sSql);
-  returnSQLMessage_ = returnSQLMessage_ + " " + outcome + " ||";
+  returnSQLMessage_ += " " + outcome + " ||";
 }
 
 vb::Ref<ado::Recordset> clsDBManager::getDatabaseRecords() { return data().rsAccess(); }

@@ -58,7 +58,7 @@ bool clsDBManager::openRollbackRecord() {
     return true;
   } catch (...) {
     returnSQLMessage_ = failureText(std::current_exception());
-    ui::MsgBox(returnSQLMessage_);
+    ui::MsgBox(returnSQLMessage_.str());
     returnSQLMessage_ += " #7 Error when attempting to add a new record in table " + tableName_ + " ||";
     return false;
   }

@@ -7,5 +7,6 @@ target_sources(varsentix PRIVATE
   dbside/clsDBManagerDescription.cpp
   dbside/clsDBManagerWrites.cpp
   dbside/clsDBManagerRollback.cpp
+  dbside/MessageText.cpp
   dbside/ModADOFields.cpp
 )

@@ -50,26 +50,31 @@ void buildMatchQuery(clsDBManager& A, clsDBManager& B) {
     bool isNull = false;
     onError([&] { name = fieldOf(A, i).Name(); });
     onError([&] { isNull = fieldOf(A, i).Value().isNull(); });
-    if (i == 0) {
-      onError([&] { B.setSQL(B.getSql() + "[" + name + "]"); });
-      if (!isNull) {
-        onError([&] { B.setWhereClause(B.getWhereClause() + "[" + name + "] = " + formatMatchValue(A, i)); });
-      } else {
-        onError([&] { B.setWhereClause(B.getWhereClause() + "[" + name + "] is null"); });
-      }
+    onError([&] { B.setSQL(B.getSql() + matchSelectPiece(i, name)); });
+    if (!isNull) {
+      onError([&] {
+        // The first column is always compared with "= "; its operator is not asked for.
+        const std::string operatorText = i == 0 ? std::string() : getMatchOperator(A, i);
+        B.setWhereClause(B.getWhereClause() + matchValuePiece(i, name, operatorText, formatMatchValue(A, i)));
+      });
     } else {
-      onError([&] { B.setSQL(B.getSql() + ",[" + name + "] "); });
-      if (!isNull) {
-        onError([&] {
-          B.setWhereClause(B.getWhereClause() + " AND [" + name + "] " + getMatchOperator(A, i) +
-                           formatMatchValue(A, i));
-        });
-      } else {
-        onError([&] { B.setWhereClause(B.getWhereClause() + " AND [" + name + "] is null "); });
-      }
+      onError([&] { B.setWhereClause(B.getWhereClause() + matchNullPiece(i, name)); });
     }
   }
   onError([&] { B.setSQL(B.getSql() + " from [" + A.getTableName() + "]"); });
+}
+
+std::string matchSelectPiece(int16_t i, const std::string& name) {
+  return i == 0 ? "[" + name + "]" : ",[" + name + "] ";
+}
+
+std::string matchValuePiece(int16_t i, const std::string& name, const std::string& operatorText,
+                            const std::string& literal) {
+  return i == 0 ? "[" + name + "] = " + literal : " AND [" + name + "] " + operatorText + literal;
+}
+
+std::string matchNullPiece(int16_t i, const std::string& name) {
+  return i == 0 ? "[" + name + "] is null" : " AND [" + name + "] is null ";
 }
 
 bool isFieldExcludedFromMatch(clsDBManager& A, clsDBManager& B, int16_t i) {
@@ -86,15 +91,19 @@ bool isFieldExcludedFromMatch(clsDBManager& A, clsDBManager& B, int16_t i) {
   }
 }
 
-std::string getMatchOperator(clsDBManager& A, int16_t i) {
-  return isTextLike(fieldOf(A, i).Type()) ? "like " : "= ";
-}
+std::string getMatchOperator(clsDBManager& A, int16_t i) { return matchOperatorFor(fieldOf(A, i).Type()); }
+
+std::string matchOperatorFor(int32_t type) { return isTextLike(type) ? "like " : "= "; }
 
 std::string formatMatchValue(clsDBManager& A, int16_t i) {
   ado::Field field = fieldOf(A, i);
   const int32_t type = field.Type();
-  const std::string text = field.Value().toText();
-  if (isDateLike(type)) return A.getIsAccess() ? enclosed("#", text, "#") : enclosed("'", text, "'");
+  return formatMatchLiteral(type, field.Value(), A.getIsAccess());
+}
+
+std::string formatMatchLiteral(int32_t type, const vb::Variant& value, bool isAccess) {
+  const std::string text = value.toText();
+  if (isDateLike(type)) return isAccess ? enclosed("#", text, "#") : enclosed("'", text, "'");
   if (isTextLike(type) || type == ado::adDBFileTime) return enclosed("'", text, "'");
   return text;
 }

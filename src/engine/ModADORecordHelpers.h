@@ -42,4 +42,17 @@ std::string getMatchOperator(clsDBManager& A, int16_t i);
 // The SQL literal of column i of A's current record, by its ADO type.
 std::string formatMatchValue(clsDBManager& A, int16_t i);
 
+// The pieces of the match query, shared by buildMatchQuery and the fast record decisions
+// (engine/RecordMatch.h), which write the last record's query without a record set.
+// What column i adds to the column list.
+std::string matchSelectPiece(int16_t i, const std::string& name);
+// What column i adds to the where clause for a value (column 0 always compares with "= ",
+// operatorText is not used there) and for Null.
+std::string matchValuePiece(int16_t i, const std::string& name, const std::string& operatorText,
+                            const std::string& literal);
+std::string matchNullPiece(int16_t i, const std::string& name);
+// getMatchOperator and formatMatchValue for a type and a value.
+std::string matchOperatorFor(int32_t type);
+std::string formatMatchLiteral(int32_t type, const vb::Variant& value, bool isAccess);
+
 }  // namespace varsentix::ModADO

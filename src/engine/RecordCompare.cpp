@@ -3,6 +3,7 @@
 #include "engine/DataProgress.h"
 #include "engine/Engine.h"
 #include "engine/ModADORecordHelpers.h"
+#include "engine/RecordMatch.h"
 #include "engine/VbFlow.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -11,9 +12,64 @@
 namespace varsentix::engine {
 namespace {
 
-void appendSqlMessage(clsDBManager& side, const std::string& text) {
-  side.setReturnSQLMessage(side.getReturnSQLMessage() + text);
+void appendSqlMessage(clsDBManager& side, const std::string& text) { side.appendReturnSQLMessage(text); }
+
+void appendRecordValueFailure(clsDBManager& A, int16_t k, int16_t columnCount) {
+  appendSqlMessage(A, " #12 Error occured while comparing record value  Index=" + vb::CStr(k) +
+                          "FieldCount=" + vb::CStr(columnCount) + " ||");
 }
+
+// The record lookups of one walk: through the matcher where it decides, by match query where it
+// does not. Whatever decided the walk's last record leaves B's statement and where clause.
+class RecordLookup {
+ public:
+  RecordLookup(clsDBManager& A, clsDBManager& B) : A_(A), B_(B) {}
+  // Prepares the matcher once A's records are open (when there are any).
+  void prepare() {
+    auto records = A_.getDatabaseRecords();
+    if (records->State() == ado::adStateOpen && !records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_);
+  }
+  void compare(int16_t columnCount) {
+    const auto decision =
+        matcher_ ? matcher_->decide(*A_.getDatabaseRecords()) : RecordMatcher::Decision::AskEngine;
+    if (decision == RecordMatcher::Decision::AskEngine) {
+      compareRecordValues(A_, B_, columnCount);
+      lastDecided_ = false;
+    } else {
+      compareDecidedRecord(decision == RecordMatcher::Decision::Match, columnCount);
+      lastDecided_ = true;
+    }
+  }
+  // Call when the walk ends, normally or not.
+  void finish() noexcept {
+    try {
+      if (lastDecided_) matcher_->writeLastMatchQuery(A_, B_);
+    } catch (...) {
+      // Writing two texts into B: nothing left that can fail but memory.
+    }
+    lastDecided_ = false;
+  }
+
+ private:
+  // What compareRecordValues does when its match query runs and finds a record or none.
+  void compareDecidedRecord(bool matched, int16_t columnCount) {
+    int16_t k = 0;
+    try {
+      A_.setReturnSQLMessage("Successfully Completed");
+      B_.appendReturnSQLMessage(" Successfully Completed ||");
+      if (!matched) {
+        for (k = 0; k < columnCount; ++k) addRecordValueToResults(A_, 5, k, columnCount);
+      }
+    } catch (...) {
+      appendRecordValueFailure(A_, k, columnCount);
+    }
+  }
+
+  clsDBManager& A_;
+  clsDBManager& B_;
+  std::unique_ptr<RecordMatcher> matcher_;
+  bool lastDecided_ = false;
+};
 
 // A Long addition as VB does it: 6 "Overflow" past the int32 range.
 int32_t addLong(int32_t a, int32_t b) {
@@ -66,16 +122,20 @@ void countBufferedStep(clsDBManager& A, Varsenti& control, const std::string& re
 template <typename Walk>
 void walkBufferedSide(clsDBManager& A, clsDBManager& B, Walk&& walk) {
   std::string query;
+  RecordLookup lookup(A, B);
   try {
     query = buildSelectStatement(A);
     const int16_t columnCount = openBufferedSide(A, query);
     dataProgress().position = 1;
     int16_t counter = 0;
     auto records = A.getDatabaseRecords();
-    walk(*records, columnCount, counter);
+    lookup.prepare();
+    walk(*records, lookup, columnCount, counter);
+    lookup.finish();
     A.closeRecordSet();
     B.closeRecordSet();
   } catch (...) {
+    lookup.finish();
     appendSqlMessage(A, " #14 Error occurred while attempting to get data differences from specified fields SQL used = " +
                             query + " ||");
   }
@@ -92,6 +152,7 @@ std::string buildSelectStatement(clsDBManager& manager) {
 void compareTableRecords(clsDBManager& A, clsDBManager& B) {
   std::string query;
   std::string orderBy;
+  RecordLookup lookup(A, B);
   try {
     A.setReturnSQLMessage("Successfully Completed");
     const std::string tableName = A.getTableName();
@@ -104,14 +165,17 @@ void compareTableRecords(clsDBManager& A, clsDBManager& B) {
     if (records->State() == ado::adStateOpen) {
       int16_t columnCount = 0;
       if (!records->isBOF()) columnCount = ModADO::getRecordSetFieldCount(A);
+      lookup.prepare();
       while (!records->isEOF()) {
-        compareRecordValues(A, B, columnCount);
+        lookup.compare(columnCount);
         records->MoveNext();
       }
     }
+    lookup.finish();
     A.closeRecordSet();
     B.closeRecordSet();
   } catch (...) {
+    lookup.finish();
     appendSqlMessage(A, " #16 SQL used " + query + "Last field name used " + orderBy + " ||");
   }
 }
@@ -125,8 +189,7 @@ clsDBManager& compareRecordValues(clsDBManager& A, clsDBManager& B, int16_t colu
       for (k = 0; k < columnCount; ++k) addRecordValueToResults(A, 5, k, columnCount);
     }
   } catch (...) {
-    appendSqlMessage(A, " #12 Error occured while comparing record value  Index=" + vb::CStr(k) +
-                            "FieldCount=" + vb::CStr(columnCount) + " ||");
+    appendRecordValueFailure(A, k, columnCount);
   }
   return A;
 }
@@ -160,9 +223,10 @@ clsDBManager& addRecordValueToResults(clsDBManager& A, int16_t changeType, int16
 
 void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
                             const std::string& readingFrom) {
-  walkBufferedSide(A, B, [&](ado::Recordset& records, int16_t columnCount, int16_t& counter) {
+  walkBufferedSide(A, B, [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount,
+                            int16_t& counter) {
     while (!records.isEOF()) {
-      compareRecordValues(A, B, columnCount);
+      lookup.compare(columnCount);
       records.MoveNext();
       countBufferedStep(A, control, readingFrom, counter);
     }
@@ -171,12 +235,13 @@ void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
 
 void compareRecordWindow(clsDBManager& A, clsDBManager& B, Varsenti& control,
                          const std::string& readingFrom, int32_t s, int32_t n) {
-  walkBufferedSide(A, B, [&](ado::Recordset& records, int16_t columnCount, int16_t& counter) {
+  walkBufferedSide(A, B, [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount,
+                            int16_t& counter) {
     // The window's start only sets how many steps run; every window starts at the first record.
     const int64_t last = static_cast<int64_t>(s) + n;
     for (int64_t i = s; i <= last; ++i) {
       if (!records.isBOF() && !records.isEOF()) {
-        compareRecordValues(A, B, columnCount);
+        lookup.compare(columnCount);
         records.MoveNext();
       }
       countBufferedStep(A, control, readingFrom, counter);

@@ -7,4 +7,5 @@ target_sources(varsentix PRIVATE
   engine/FieldStructure.cpp
   engine/StructureIndex.cpp
   engine/RecordCompare.cpp
+  engine/RecordMatch.cpp
 )

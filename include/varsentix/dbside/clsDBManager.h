@@ -11,6 +11,7 @@
 #include <string>
 
 #include "varsentix/dbside/clsData.h"
+#include "varsentix/dbside/MessageText.h"
 #include "varsentix/platform/ado/Connection.h"
 #include "varsentix/platform/ado/Recordset.h"
 #include "varsentix/platform/vb/Collection.h"
@@ -163,8 +164,10 @@ class clsDBManager {
   void setReturnConnectionMessage(const std::string& messageIn) { returnConnectionMessage_ = messageIn; }
   std::string getReturnMessage() const { return returnMessage_; }
   void setReturnMessage(const std::string& messageIn) { returnMessage_ = messageIn; }
-  std::string getReturnSQLMessage() const { return returnSQLMessage_; }
+  std::string getReturnSQLMessage() const { return returnSQLMessage_.str(); }
   void setReturnSQLMessage(const std::string& messageIn) { returnSQLMessage_ = messageIn; }
+  // The same as setReturnSQLMessage(getReturnSQLMessage() + piece), without copying the text.
+  void appendReturnSQLMessage(std::string_view piece) { returnSQLMessage_ += piece; }
   bool getShowViews() const { return showViews_; }
   void setShowViews(const bool& showViewsIn) { showViews_ = showViewsIn; }
   int32_t getFieldCount() const { return fieldCount_; }
@@ -244,7 +247,7 @@ class clsDBManager {
   bool listDBObjectsOnly_ = false;
   bool useDSN_ = true;
   std::string returnConnectionMessage_;
-  std::string returnSQLMessage_;
+  MessageText returnSQLMessage_;
   std::string returnMessage_;
   bool showViews_ = false;
   int32_t fieldCount_ = 0;

@@ -65,6 +65,14 @@ std::string Connection::Provider() const {
   return detail::chosenProviderName(detail::ConnectionString::parse(connectionString_));
 }
 
+EngineFamily Connection::Engine() const {
+  return session_ ? session_->engineFamily() : EngineFamily::Other;
+}
+
+std::optional<double> Connection::NumericLiteralValue(const std::string& literal) {
+  return session_ ? session_->numericLiteralValue(literal) : std::nullopt;
+}
+
 detail::ProviderSession& Connection::session() {
   if (!session_) vb::raiseError(vb::errnum::ObjectClosed);
   return *session_;

@@ -4,6 +4,7 @@
 // Engine headers (sqlite3.h, sql.h, mdbtools.h) stay inside the providers' .cpp files.
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,12 @@ class ProviderSession {
                                const std::vector<ColumnInfo>& valueColumns) = 0;
   // The engine's quoting of an identifier for native SQL ("x" or `x`), embedded quotes doubled.
   virtual std::string quoteIdentifier(const std::string& name) const = 0;
+
+  // The engine behind the session, as far as the provider knows it.
+  virtual EngineFamily engineFamily() const { return EngineFamily::Other; }
+  // The number the engine makes of an unquoted numeric literal in a statement, when the
+  // provider can tell it exactly without a statement of its own; nullopt otherwise.
+  virtual std::optional<double> numericLiteralValue(const std::string& /*literal*/) { return std::nullopt; }
 };
 
 // Opens a session for the parsed connection string, chosen by its Provider key

@@ -3,6 +3,7 @@
 // connection string's Provider key (SQLite, MSDASQL, Microsoft.Jet.OLEDB.4.0).
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // The provider's name as the connection string named it ("SQLite" when none was named).
   std::string Provider() const;
 
+  // The engine behind the open connection (Other when closed or not known).
+  EngineFamily Engine() const;
+  // The number the engine makes of the unquoted numeric literal text in a statement, when the
+  // provider can tell it exactly without running one; nullopt otherwise or when closed.
+  std::optional<double> NumericLiteralValue(const std::string& literal);
   // Runs one statement. Returns an open record set when the statement produces rows, a closed
   // one otherwise. recordsAffected receives the number of rows a write touched (-1 otherwise).
   vb::Ref<Recordset> Execute(const std::string& commandText, int32_t* recordsAffected = nullptr,

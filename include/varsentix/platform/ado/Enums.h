@@ -107,4 +107,8 @@ enum DataTypeEnum : int32_t {
   adLongVarBinary = 205,
 };
 
+// Not an ADO enumeration: the database engine behind a connection, for the routines that must
+// know how it compares values (Connection::Engine).
+enum class EngineFamily { Other, SQLite, PostgreSQL, MariaDB };
+
 }  // namespace varsentix::ado

@@ -7,6 +7,10 @@
 #include <sqlucode.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <system_error>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -170,6 +174,8 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   int64_t executeBound(const std::string& nativeSql, const std::vector<vb::Variant>& values,
                        const std::vector<ColumnInfo>& valueColumns) override;
   std::string quoteIdentifier(const std::string& name) const override;
+  EngineFamily engineFamily() const override;
+  std::optional<double> numericLiteralValue(const std::string& literal) override;
 
   // For the cursor.
   const odbc::OdbcApi& api() const { return api_; }
@@ -766,6 +772,31 @@ int64_t OdbcSession::countRows(const std::string& sql) {
   std::vector<vb::Variant> row;
   if (!cursor->fetch(row) || row.empty() || row[0].isNull()) return 0;
   return row[0].toInt64();
+}
+
+EngineFamily OdbcSession::engineFamily() const {
+  // SQLite behind its ODBC driver is left out: the driver hands out doubles as 15-digit text.
+  switch (dbms_) {
+    case Dbms::PostgreSQL: return EngineFamily::PostgreSQL;
+    case Dbms::MariaDB: return EngineFamily::MariaDB;
+    default: return EngineFamily::Other;
+  }
+}
+
+std::optional<double> OdbcSession::numericLiteralValue(const std::string& literal) {
+  // PostgreSQL reads a numeric literal exactly and rounds it to the nearest double once when it
+  // meets a double column (as strtod does); far from the ends of the range, where it would
+  // refuse the literal or keep a denormal, it is left to the engine.
+  if (dbms_ != Dbms::PostgreSQL || literal.empty() ||
+      literal.find_first_not_of("0123456789+-.eE") != std::string::npos)
+    return std::nullopt;
+  double value = 0;
+  const char* end = literal.data() + literal.size();
+  auto [ptr, ec] = std::from_chars(literal.data(), end, value);
+  if (ec != std::errc() || ptr != end) return std::nullopt;
+  const double magnitude = std::fabs(value);
+  if (magnitude != 0 && (magnitude < 1e-300 || magnitude > 1e300)) return std::nullopt;
+  return value;
 }
 
 std::string OdbcSession::quoteIdentifier(const std::string& name) const {

@@ -385,7 +385,32 @@ SqliteSession::SqliteSession(sqlite3* db, bool ownsHandle, Options options)
     : db_(db), ownsHandle_(ownsHandle), options_(std::move(options)) {}
 
 SqliteSession::~SqliteSession() {
+  sqlite3_finalize(literalStatement_);
   if (ownsHandle_ && db_ != nullptr) sqlite3_close_v2(db_);  // waits for open cursors
+}
+
+EngineFamily SqliteSession::engineFamily() const {
+  // Access files are read into SQLite too, but their statements are translated first.
+  return options_.providerName == "SQLite" ? EngineFamily::SQLite : EngineFamily::Other;
+}
+
+std::optional<double> SqliteSession::numericLiteralValue(const std::string& literal) {
+  // A literal is read by the same routine as a text cast to REAL; an integer literal is kept
+  // as an integer by SQLite, which compares equal to the same value as REAL.
+  if (literal.empty() || literal.find_first_not_of("0123456789+-.eE") != std::string::npos)
+    return std::nullopt;
+  if (literalStatement_ == nullptr &&
+      sqlite3_prepare_v2(db_, "SELECT CAST(?1 AS REAL)", -1, &literalStatement_, nullptr) != SQLITE_OK)
+    return std::nullopt;
+  std::optional<double> value;
+  if (sqlite3_bind_text(literalStatement_, 1, literal.data(), static_cast<int>(literal.size()),
+                        SQLITE_STATIC) == SQLITE_OK &&
+      sqlite3_step(literalStatement_) == SQLITE_ROW &&
+      sqlite3_column_type(literalStatement_, 0) == SQLITE_FLOAT)
+    value = sqlite3_column_double(literalStatement_, 0);
+  sqlite3_reset(literalStatement_);
+  sqlite3_clear_bindings(literalStatement_);
+  return value;
 }
 
 void SqliteSession::raiseLastError(int resultCode) const {

@@ -21,6 +21,7 @@
 #include "platform/ado/SqlDialect.h"
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace varsentix::ado::detail {
 
@@ -81,6 +82,8 @@ class SqliteSession : public ProviderSession {
   int64_t executeBound(const std::string& nativeSql, const std::vector<vb::Variant>& values,
                        const std::vector<ColumnInfo>& valueColumns) override;
   std::string quoteIdentifier(const std::string& name) const override;
+  EngineFamily engineFamily() const override;
+  std::optional<double> numericLiteralValue(const std::string& literal) override;
 
   // Runs native SQL (no dialect translation) and returns its rows: for the extension points.
   std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
@@ -105,6 +108,9 @@ class SqliteSession : public ProviderSession {
   bool ownsHandle_;
   Options options_;
   int transactionDepth_ = 0;
+  // "SELECT CAST(?1 AS REAL)", prepared on first use: SQLite's own reading of a numeric
+  // literal, which is not always the nearest double.
+  sqlite3_stmt* literalStatement_ = nullptr;
   // The database's schema version (-1 when it cannot be read): the key of the caches below.
   int64_t schemaVersion();
   std::vector<TableEntry> tableCache_;  // tableList() as of a schema version

@@ -1,0 +1,31 @@
+#pragma once
+// A side's message text. The record comparison appends the same outcome (" Successfully
+// Completed ||") once per record it looks up, so a table of a million records leaves a message of
+// tens of megabytes. The text is kept as runs of repeated pieces: appending the piece the text
+// already ends with only counts it, and the whole text is built only when it is read.
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace varsentix {
+
+class MessageText {
+ public:
+  MessageText() = default;
+  MessageText& operator=(std::string text);
+  MessageText& operator+=(std::string_view piece);
+  void clear() { runs_.clear(); }
+  bool empty() const { return runs_.empty(); }
+  // The whole text.
+  std::string str() const;
+
+ private:
+  struct Run {
+    std::string piece;
+    uint64_t count = 1;
+  };
+  std::vector<Run> runs_;
+};
+
+}  // namespace varsentix

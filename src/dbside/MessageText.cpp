@@ -1,0 +1,31 @@
+#include "varsentix/dbside/MessageText.h"
+
+namespace varsentix {
+
+MessageText& MessageText::operator=(std::string text) {
+  runs_.clear();
+  if (!text.empty()) runs_.push_back(Run{std::move(text), 1});
+  return *this;
+}
+
+MessageText& MessageText::operator+=(std::string_view piece) {
+  if (piece.empty()) return *this;
+  if (!runs_.empty() && runs_.back().piece == piece) {
+    ++runs_.back().count;
+  } else {
+    runs_.push_back(Run{std::string(piece), 1});
+  }
+  return *this;
+}
+
+std::string MessageText::str() const {
+  size_t size = 0;
+  for (const auto& run : runs_) size += run.piece.size() * run.count;
+  std::string text;
+  text.reserve(size);
+  for (const auto& run : runs_)
+    for (uint64_t i = 0; i < run.count; ++i) text += run.piece;
+  return text;
+}
+
+}  // namespace varsentix

@@ -1,0 +1,411 @@
+#include "engine/RecordMatch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "engine/ModADORecordHelpers.h"
+#include "varsentix/dbside/clsDBManager.h"
+#include "varsentix/platform/ado/Connection.h"
+#include "varsentix/platform/ado/Recordset.h"
+#include "varsentix/platform/vb/Conversions.h"
+
+namespace varsentix::engine {
+namespace {
+
+thread_local bool literalMatching = false;
+
+// Longest text the fast decisions take: far below SQLite's limit on like patterns.
+constexpr size_t kLongestText = 10000;
+
+bool isIntegerType(int32_t type) {
+  switch (type) {
+    case ado::adSmallInt:
+    case ado::adInteger:
+    case ado::adTinyInt:
+    case ado::adUnsignedTinyInt:
+    case ado::adUnsignedSmallInt:
+    case ado::adUnsignedInt:
+    case ado::adBigInt:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Text types whose = and like compare the text as stored. PostgreSQL's and MariaDB's
+// fixed-length texts pad and trim, so only SQLite takes those.
+bool isTextType(int32_t type, ado::EngineFamily engine) {
+  switch (type) {
+    case ado::adVarChar:
+    case ado::adLongVarChar:
+    case ado::adVarWChar:
+    case ado::adLongVarWChar:
+      return true;
+    case ado::adChar:
+    case ado::adWChar:
+      return engine == ado::EngineFamily::SQLite;
+    default:
+      return false;
+  }
+}
+
+bool isValidUtf8(const std::string& text) {
+  size_t i = 0;
+  const size_t n = text.size();
+  while (i < n) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    size_t length = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
+    if (length == 0 || i + length > n) return false;
+    for (size_t k = 1; k < length; ++k)
+      if ((static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80) return false;
+    i += length;
+  }
+  return true;
+}
+
+void appendBytes(std::string& key, const void* data, size_t size) {
+  key.append(static_cast<const char*>(data), size);
+}
+
+void appendNumber(std::string& key, double value) {
+  // Integral values within 64 bits are keyed as integers, so that 5 and 5.0 meet: every engine
+  // here compares an integer and a double by their values.
+  if (value >= -9223372036854775808.0 && value < 9223372036854775808.0 && std::trunc(value) == value) {
+    const auto integer = static_cast<int64_t>(value);
+    key += 'I';
+    appendBytes(key, &integer, sizeof integer);
+    return;
+  }
+  key += 'F';
+  appendBytes(key, &value, sizeof value);
+}
+
+void appendInteger(std::string& key, int64_t value) {
+  key += 'I';
+  appendBytes(key, &value, sizeof value);
+}
+
+void appendText(std::string& key, std::string_view text) {
+  const auto size = static_cast<uint32_t>(text.size());
+  key += 'T';
+  appendBytes(key, &size, sizeof size);
+  key.append(text);
+}
+
+std::string lowerAscii(std::string_view text) {
+  std::string lowered(text);
+  for (char& c : lowered)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return lowered;
+}
+
+std::string_view withoutTrailingBlanks(std::string_view text) {
+  const size_t end = text.find_last_not_of(' ');
+  return end == std::string_view::npos ? std::string_view() : text.substr(0, end + 1);
+}
+
+std::optional<int64_t> integerOf(const vb::Variant& value) {
+  switch (value.type()) {
+    case vb::VarType::Integer:
+    case vb::VarType::Long:
+    case vb::VarType::LongLong:
+      return value.toInt64();
+    default:
+      return std::nullopt;
+  }
+}
+
+uint64_t mixA(uint64_t x) {
+  x ^= x >> 30;
+  x *= 0xbf58476d1ce4e5b9ULL;
+  x ^= x >> 27;
+  x *= 0x94d049bb133111ebULL;
+  return x ^ (x >> 31);
+}
+
+uint64_t mixB(uint64_t x) {
+  x ^= x >> 33;
+  x *= 0xff51afd7ed558ccdULL;
+  x ^= x >> 33;
+  x *= 0xc4ceb9fe1a85ec53ULL;
+  return x ^ (x >> 33);
+}
+
+// Two independent 64-bit hashes of the key: a strict key is trusted on equal hashes, so a false
+// match needs both to collide (about 1 in 2^128 per pair of records).
+std::pair<uint64_t, uint64_t> hashKey(const std::string& key) {
+  uint64_t a = 0x243f6a8885a308d3ULL ^ key.size();
+  uint64_t b = 0x13198a2e03707344ULL + key.size();
+  size_t i = 0;
+  for (; i + 8 <= key.size(); i += 8) {
+    uint64_t word;
+    std::memcpy(&word, key.data() + i, 8);
+    a = mixA(a ^ word);
+    b = mixB(b + word + 0x9e3779b97f4a7c15ULL);
+  }
+  uint64_t tail = 0;
+  std::memcpy(&tail, key.data() + i, key.size() - i);
+  a = mixA(a ^ tail ^ 0xa0761d6478bd642fULL);
+  b = mixB(b + tail + 0xe7037ed1a0b428dbULL);
+  return {a, b};
+}
+
+template <typename T>
+void sortUnique(std::vector<T>& values) {
+  std::sort(values.begin(), values.end());
+  values.erase(std::unique(values.begin(), values.end()), values.end());
+  values.shrink_to_fit();
+}
+
+}  // namespace
+
+bool literalRecordMatching() { return literalMatching; }
+void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
+
+std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B) {
+  if (literalMatching) return nullptr;
+  try {
+    std::unique_ptr<RecordMatcher> matcher(new RecordMatcher());
+    matcher->otherConnection_ = B.getDatabaseConnection();
+    if (matcher->otherConnection_->State() != ado::adStateOpen) return nullptr;
+    matcher->engine_ = matcher->otherConnection_->Engine();
+    if (matcher->engine_ == ado::EngineFamily::Other) return nullptr;
+
+    auto records = A.getDatabaseRecords();
+    const std::string table = A.getTableName();
+    if (table.find_first_of("[]") != std::string::npos) return nullptr;
+    const int16_t count = ModADO::getRecordSetFieldCount(A);
+    std::string select;
+    for (int16_t i = 0; i < count; ++i) {
+      Column column;
+      column.index = i;
+      column.excluded = ModADO::isFieldExcludedFromMatch(A, B, i);
+      ado::Field field = records->field(i);
+      column.name = field.Name();
+      column.type = field.Type();
+      if (!column.excluded) {
+        if (column.name.find_first_of("[]") != std::string::npos) return nullptr;
+        if (isIntegerType(column.type) || column.type == ado::adDouble) {
+          column.kind = column.type == ado::adDouble ? Kind::Double : Kind::Integer;
+        } else if (isTextType(column.type, matcher->engine_)) {
+          column.kind = Kind::Text;
+          column.compare = i == 0 ? Compare::Equal : Compare::Like;
+          if (column.compare == Compare::Like) matcher->hasLikeColumns_ = true;
+        } else {
+          return nullptr;
+        }
+        select += (select.empty() ? "select [" : ",[") + column.name + "]";
+      }
+      matcher->columns_.push_back(std::move(column));
+    }
+    // Nothing tested: the match query is not a statement the engines run; leave it to them.
+    if (select.empty()) return nullptr;
+    auto rows = vb::Ref<ado::Recordset>::make();
+    rows->Open(select + " from [" + table + "]", matcher->otherConnection_, ado::adOpenForwardOnly,
+               ado::adLockReadOnly, ado::adCmdText);
+    const bool covered = matcher->readOtherSide(*rows);
+    rows->Close();
+    if (!covered) return nullptr;
+    matcher->lastValues_.resize(matcher->columns_.size());
+    return matcher;
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+bool RecordMatcher::readOtherSide(ado::Recordset& rows) {
+  // The other side's columns must be of the same kind as this side's.
+  int32_t position = 0;
+  for (const Column& column : columns_) {
+    if (column.excluded) continue;
+    const int32_t type = rows.field(position++).Type();
+    const bool sameKind = column.kind == Kind::Text      ? isTextType(type, engine_)
+                          : column.kind == Kind::Double ? type == ado::adDouble
+                                                        : isIntegerType(type);
+    if (!sameKind) return false;
+  }
+  while (!rows.isEOF()) {
+    clearKeys();
+    position = 0;
+    for (const Column& column : columns_) {
+      if (column.excluded) continue;
+      if (!addOtherValue(column, rows.field(position++).Value())) return false;
+    }
+    strict_.push_back(hashKey(strictKey_));
+    loose_.push_back(hashKey(looseKey_).first);
+    if (hasLikeColumns_) looseWithoutLike_.push_back(hashKey(looseWithoutLikeKey_).first);
+    rows.MoveNext();
+  }
+  sortUnique(strict_);
+  sortUnique(loose_);
+  sortUnique(looseWithoutLike_);
+  return true;
+}
+
+void RecordMatcher::clearKeys() {
+  strictKey_.clear();
+  looseKey_.clear();
+  looseWithoutLikeKey_.clear();
+  hasWildcard_ = false;
+}
+
+bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value) {
+  if (value.isNull()) {
+    strictKey_ += 'N';
+    looseKey_ += 'N';
+    looseWithoutLikeKey_ += 'N';
+    return true;
+  }
+  if (column.kind != Kind::Text) {
+    // SQLite keeps what a column holds: an integer column may hold a double, and the two are
+    // compared by value.
+    std::string part;
+    if (auto integer = integerOf(value)) {
+      appendInteger(part, *integer);
+    } else if (value.type() == vb::VarType::Double &&
+               (column.kind == Kind::Double || engine_ == ado::EngineFamily::SQLite) &&
+               !std::isnan(value.toDouble())) {
+      appendNumber(part, value.toDouble());
+    } else {
+      return false;
+    }
+    strictKey_ += part;
+    looseKey_ += part;
+    looseWithoutLikeKey_ += part;
+    return true;
+  }
+  if (value.type() != vb::VarType::String) return false;
+  const std::string& text = value.asString();
+  appendText(strictKey_, text);
+  looseWithoutLikeKey_ += (column.compare == Compare::Like ? "T" : "");
+  switch (engine_) {
+    case ado::EngineFamily::SQLite:
+      // = may compare under NOCASE or RTRIM, like ignores the case of ASCII letters.
+      if (column.compare == Compare::Equal) {
+        const std::string folded = lowerAscii(withoutTrailingBlanks(text));
+        appendText(looseKey_, folded);
+        appendText(looseWithoutLikeKey_, folded);
+      } else {
+        appendText(looseKey_, lowerAscii(text));
+      }
+      break;
+    case ado::EngineFamily::PostgreSQL:
+      appendText(looseKey_, text);
+      if (column.compare == Compare::Equal) appendText(looseWithoutLikeKey_, text);
+      break;
+    default:
+      // MariaDB compares texts by its collation (case, accents, trailing blanks): only that the
+      // value is there is kept.
+      looseKey_ += 'T';
+      if (column.compare == Compare::Equal) looseWithoutLikeKey_ += 'T';
+      break;
+  }
+  return true;
+}
+
+bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) {
+  if (value.isNull()) {
+    strictKey_ += 'N';
+    looseKey_ += 'N';
+    looseWithoutLikeKey_ += 'N';
+    return true;
+  }
+  if (column.kind != Kind::Text) {
+    std::string part;
+    if (auto integer = integerOf(value)) {
+      appendInteger(part, *integer);
+    } else if (value.type() == vb::VarType::Double) {
+      // The literal is the shortest text of the double; the engine reads it back its own way.
+      auto read = otherConnection_->NumericLiteralValue(value.toText());
+      if (!read) return false;
+      appendNumber(part, *read);
+    } else {
+      return false;
+    }
+    strictKey_ += part;
+    looseKey_ += part;
+    looseWithoutLikeKey_ += part;
+    return true;
+  }
+  if (value.type() != vb::VarType::String) return false;
+  const std::string& text = value.asString();
+  if (text.size() > kLongestText || text.find('\0') != std::string::npos || !isValidUtf8(text))
+    return false;
+  // Backslash escapes in MariaDB's literals, and in like patterns on both servers.
+  if (engine_ != ado::EngineFamily::SQLite && text.find('\\') != std::string::npos) return false;
+  appendText(strictKey_, text);
+  const bool wildcard = column.compare == Compare::Like && text.find_first_of("%_") != std::string::npos;
+  hasWildcard_ = hasWildcard_ || wildcard;
+  looseWithoutLikeKey_ += (column.compare == Compare::Like ? "T" : "");
+  switch (engine_) {
+    case ado::EngineFamily::SQLite:
+      if (column.compare == Compare::Equal) {
+        const std::string folded = lowerAscii(withoutTrailingBlanks(text));
+        appendText(looseKey_, folded);
+        appendText(looseWithoutLikeKey_, folded);
+      } else {
+        appendText(looseKey_, lowerAscii(text));
+      }
+      break;
+    case ado::EngineFamily::PostgreSQL:
+      appendText(looseKey_, text);
+      if (column.compare == Compare::Equal) appendText(looseWithoutLikeKey_, text);
+      break;
+    default:
+      looseKey_ += 'T';
+      if (column.compare == Compare::Equal) looseWithoutLikeKey_ += 'T';
+      break;
+  }
+  return true;
+}
+
+RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
+  clearKeys();
+  bool covered = true;
+  for (size_t c = 0; c < columns_.size(); ++c) {
+    const Column& column = columns_[c];
+    if (column.excluded) continue;
+    vb::Variant value = records.field(column.index).Value();
+    if (covered) covered = addOwnValue(column, value);
+    lastValues_[c] = std::move(value);
+  }
+  if (!covered) {
+    ++counts_.askedEngine;
+    return Decision::AskEngine;
+  }
+  if (std::binary_search(strict_.begin(), strict_.end(), hashKey(strictKey_))) {
+    ++counts_.matched;
+    return Decision::Match;
+  }
+  const bool found = hasWildcard_
+                         ? std::binary_search(looseWithoutLike_.begin(), looseWithoutLike_.end(),
+                                              hashKey(looseWithoutLikeKey_).first)
+                         : std::binary_search(loose_.begin(), loose_.end(), hashKey(looseKey_).first);
+  if (!found) {
+    ++counts_.notMatched;
+    return Decision::NoMatch;
+  }
+  ++counts_.askedEngine;
+  return Decision::AskEngine;
+}
+
+void RecordMatcher::writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const {
+  std::string sql = "Select ";
+  std::string where = " Where ";
+  const bool isAccess = A.getIsAccess();
+  for (size_t c = 0; c < columns_.size(); ++c) {
+    const Column& column = columns_[c];
+    if (column.excluded) continue;
+    const vb::Variant& value = lastValues_[c];
+    sql += ModADO::matchSelectPiece(column.index, column.name);
+    where += value.isNull() ? ModADO::matchNullPiece(column.index, column.name)
+                            : ModADO::matchValuePiece(column.index, column.name,
+                                                      ModADO::matchOperatorFor(column.type),
+                                                      ModADO::formatMatchLiteral(column.type, value, isAccess));
+  }
+  B.setSQL(sql + " from [" + A.getTableName() + "]");
+  B.setWhereClause(where);
+}
+
+}  // namespace varsentix::engine

@@ -1,0 +1,96 @@
+#pragma once
+// Deciding, without a statement per record, what the match query of a record would find.
+//
+// The record comparison asks side B, for every record of A, whether B has a record with the same
+// values: one statement per record, a full scan of B's table whenever its first column is not
+// indexed. A RecordMatcher reads the tested columns of B's table once, before the walk, and then
+// decides each record of A from its values:
+//   - Match: B holds a record the statement certainly returns (the same values, and a statement
+//     that the engine certainly runs);
+//   - NoMatch: the statement certainly runs and no record of B can satisfy it;
+//   - AskEngine: anything else. The walk then sends the match query as always.
+// What "certainly" means per engine (how = and like compare, how a literal is read) is written
+// down in docs/performance.md. Memory: 32 bytes per record of B's table while the walk runs.
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "varsentix/platform/ado/Enums.h"
+#include "varsentix/platform/vb/Ref.h"
+#include "varsentix/platform/vb/Variant.h"
+
+namespace varsentix {
+class clsDBManager;
+namespace ado {
+class Connection;
+class Recordset;
+}  // namespace ado
+}  // namespace varsentix
+
+namespace varsentix::engine {
+
+// Per thread: when true, every record is looked up with its own match query (the literal
+// comparison, which the fast one is checked against). False by default.
+bool literalRecordMatching();
+void setLiteralRecordMatching(bool literal);
+
+class RecordMatcher {
+ public:
+  enum class Decision { Match, NoMatch, AskEngine };
+
+  // Prepares the decisions for a walk over A's open record set against B, reading B's table
+  // once. nullptr when they cannot be made for this walk (another engine, a column type or
+  // value it does not cover, B's table unreadable, the literal comparison switched on).
+  static std::unique_ptr<RecordMatcher> prepare(clsDBManager& A, clsDBManager& B);
+
+  // Decides A's current record and keeps its values for lastMatchQuery.
+  Decision decide(ado::Recordset& records);
+
+  // Writes into B the statement and where clause the match query builder leaves for the record
+  // decide saw last.
+  void writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const;
+
+  // How the decisions went, for benchmarks and tests.
+  struct Counts {
+    int64_t matched = 0, notMatched = 0, askedEngine = 0;
+  };
+  const Counts& counts() const { return counts_; }
+
+ private:
+  enum class Kind { Integer, Double, Text };
+  enum class Compare { Equal, Like };
+  struct Column {
+    int16_t index = 0;      // position in A's record set
+    std::string name;
+    int32_t type = 0;       // A's ADO type
+    Kind kind = Kind::Integer;
+    Compare compare = Compare::Equal;
+    bool excluded = false;  // left out of the match query
+  };
+  using Hash128 = std::pair<uint64_t, uint64_t>;
+
+  RecordMatcher() = default;
+  bool readOtherSide(ado::Recordset& rows);
+  // Appends the strict and loose key parts of one value of B; false when it is not covered.
+  bool addOtherValue(const Column& column, const vb::Variant& value);
+  // The same for a value of A; false when the engine must be asked.
+  bool addOwnValue(const Column& column, const vb::Variant& value);
+  void clearKeys();
+
+  ado::EngineFamily engine_ = ado::EngineFamily::Other;
+  vb::Ref<ado::Connection> otherConnection_;
+  std::vector<Column> columns_;  // every column of A's record set, in order
+  bool hasLikeColumns_ = false;
+  std::vector<Hash128> strict_;          // B's records: every tested value as it is
+  std::vector<uint64_t> loose_;          // ... as the engine's = and like can find them
+  std::vector<uint64_t> looseWithoutLike_;  // ... leaving the like columns out
+  // Key buffers of the record at hand.
+  std::string strictKey_, looseKey_, looseWithoutLikeKey_;
+  bool hasWildcard_ = false;
+  std::vector<vb::Variant> lastValues_;
+  Counts counts_;
+};
+
+}  // namespace varsentix::engine
