@@ -14,6 +14,7 @@ namespace varsentix::engine {
 namespace {
 
 thread_local bool literalMatching = false;
+thread_local RecordMatcher::Counts totals;
 
 // Longest text the fast decisions take: far below SQLite's limit on like patterns.
 constexpr size_t kLongestText = 10000;
@@ -161,6 +162,7 @@ void sortUnique(std::vector<T>& values) {
 }  // namespace
 
 bool literalRecordMatching() { return literalMatching; }
+const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
 std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B) {
@@ -372,10 +374,12 @@ RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
   }
   if (!covered) {
     ++counts_.askedEngine;
+    ++totals.askedEngine;
     return Decision::AskEngine;
   }
   if (std::binary_search(strict_.begin(), strict_.end(), hashKey(strictKey_))) {
     ++counts_.matched;
+    ++totals.matched;
     return Decision::Match;
   }
   const bool found = hasWildcard_
@@ -384,9 +388,11 @@ RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
                          : std::binary_search(loose_.begin(), loose_.end(), hashKey(looseKey_).first);
   if (!found) {
     ++counts_.notMatched;
+    ++totals.notMatched;
     return Decision::NoMatch;
   }
   ++counts_.askedEngine;
+  ++totals.askedEngine;
   return Decision::AskEngine;
 }
 

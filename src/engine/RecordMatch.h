@@ -57,6 +57,8 @@ class RecordMatcher {
     int64_t matched = 0, notMatched = 0, askedEngine = 0;
   };
   const Counts& counts() const { return counts_; }
+  // The decisions of every matcher on this thread so far.
+  static const Counts& threadTotals();
 
  private:
   enum class Kind { Integer, Double, Text };
