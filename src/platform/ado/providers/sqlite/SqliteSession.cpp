@@ -386,6 +386,7 @@ SqliteSession::SqliteSession(sqlite3* db, bool ownsHandle, Options options)
 
 SqliteSession::~SqliteSession() {
   sqlite3_finalize(literalStatement_);
+  sqlite3_finalize(versionStatement_);
   if (ownsHandle_ && db_ != nullptr) sqlite3_close_v2(db_);  // waits for open cursors
 }
 
@@ -476,9 +477,26 @@ std::string SqliteSession::tableType(const std::string& name, bool isView) const
 }
 
 int64_t SqliteSession::schemaVersion() {
-  auto cursor = queryNative("PRAGMA schema_version");
-  std::vector<vb::Variant> row;
-  return cursor->fetch(row) && !row.empty() ? row[0].toInt64() : -1;
+  // Asked before every cached schema answer: one statement kept prepared.
+  if (versionStatement_ == nullptr &&
+      sqlite3_prepare_v2(db_, "PRAGMA schema_version", -1, &versionStatement_, nullptr) != SQLITE_OK)
+    return -1;
+  const int64_t version =
+      sqlite3_step(versionStatement_) == SQLITE_ROW ? sqlite3_column_int64(versionStatement_, 0) : -1;
+  sqlite3_reset(versionStatement_);
+  return version;
+}
+
+std::vector<SqliteSession::KeyColumn> SqliteSession::cachedPrimaryKeyRows(const std::string& table) {
+  const int64_t version = schemaVersion();
+  if (version < 0) return primaryKeyRows(table);
+  if (version != primaryKeyCacheVersion_) {
+    primaryKeyCache_.clear();
+    primaryKeyCacheVersion_ = version;
+  }
+  auto found = primaryKeyCache_.find(table);
+  if (found == primaryKeyCache_.end()) found = primaryKeyCache_.emplace(table, primaryKeyRows(table)).first;
+  return found->second;
 }
 
 std::vector<SqliteSession::TableEntry> SqliteSession::tableList() {
@@ -541,7 +559,7 @@ std::vector<SqliteSession::ForeignKeyColumn> SqliteSession::foreignKeyRows() {
       if (!row[4].isNull()) {
         fk.pkColumn = row[4].toText();
       } else {  // REFERENCES t without columns: the referenced table's primary key
-        auto pk = primaryKeyRows(fk.pkTable);
+        auto pk = cachedPrimaryKeyRows(fk.pkTable);
         if (static_cast<size_t>(fk.ordinal) <= pk.size()) fk.pkColumn = pk[fk.ordinal - 1].column;
       }
       auto rule = [](const std::string& r) { return r == "RESTRICT" ? std::string("NO ACTION") : r; };
@@ -583,7 +601,7 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
                                  ? equalsIgnoringAsciiCase(t.name, wanted)
                                  : restrictionMatches(r, 2, t.name, true);
         if (!matches) continue;
-        for (const auto& k : primaryKeyRows(t.name))
+        for (const auto& k : cachedPrimaryKeyRows(t.name))
           rows.push_back({null, null, k.table, k.column, null, null, k.ordinal, k.keyName});
       }
     }
@@ -612,7 +630,7 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
 
 std::vector<std::string> SqliteSession::primaryKeyColumns(const std::string& table) {
   std::vector<std::string> columns;
-  for (const auto& k : primaryKeyRows(table)) columns.push_back(k.column);
+  for (const auto& k : cachedPrimaryKeyRows(table)) columns.push_back(k.column);
   return columns;
 }
 

@@ -13,6 +13,7 @@
 // and Options carries the provider name and the SQL dialect (e.g. #date# translation).
 // The sqlite3 type is only declared here; sqlite3.h stays inside the provider's .cpp files.
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -111,6 +112,11 @@ class SqliteSession : public ProviderSession {
   // "SELECT CAST(?1 AS REAL)", prepared on first use: SQLite's own reading of a numeric
   // literal, which is not always the nearest double.
   sqlite3_stmt* literalStatement_ = nullptr;
+  sqlite3_stmt* versionStatement_ = nullptr;  // PRAGMA schema_version
+  // primaryKeyRows per table as of a schema version.
+  std::vector<KeyColumn> cachedPrimaryKeyRows(const std::string& table);
+  std::map<std::string, std::vector<KeyColumn>> primaryKeyCache_;
+  int64_t primaryKeyCacheVersion_ = -1;
   // The database's schema version (-1 when it cannot be read): the key of the caches below.
   int64_t schemaVersion();
   std::vector<TableEntry> tableCache_;  // tableList() as of a schema version
