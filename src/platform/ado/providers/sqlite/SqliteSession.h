@@ -93,6 +93,8 @@ class SqliteSession : public ProviderSession {
   virtual std::vector<TableEntry> tableList();
   virtual std::string tableType(const std::string& name, bool isView) const;
   virtual std::vector<KeyColumn> primaryKeyRows(const std::string& table);
+  // Whether primaryKeyRows is SQLite's own, so that the keys of all tables can be read at once.
+  virtual bool primaryKeysInOneQuery() const { return true; }
   virtual std::vector<ForeignKeyColumn> foreignKeyRows();
   virtual ColumnInfo describeDeclaredType(const std::string& declaredType) const {
     return sqliteColumnType(declaredType);
@@ -120,6 +122,8 @@ class SqliteSession : public ProviderSession {
   // The database's schema version (-1 when it cannot be read): the key of the caches below.
   int64_t schemaVersion();
   std::vector<TableEntry> tableCache_;  // tableList() as of a schema version
+  // tableList() as of the current schema version, kept until it changes.
+  const std::vector<TableEntry>& tables();
   int64_t tableCacheVersion_ = -1;
   // foreignKeyRows() as of a schema version of the database: one walk of all tables serves
   // every foreign-key rowset until the schema changes.
