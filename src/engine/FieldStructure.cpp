@@ -48,17 +48,28 @@ void addFieldRow(clsDBManager& manager, const std::string& tableName, int16_t fi
   vb::ResumeNext onError;
   auto row = vb::Ref<clsResultSet>::make();
   auto records = [&] { return manager.getDatabaseRecords(); };
+  // Steps that would only raise "no such field" (the trailing row) or "no current record" (an
+  // empty table) are passed over without raising: the same outcome, without the cost of an
+  // exception per step on schemas of thousands of tables.
+  bool hasField = true;
+  bool hasRecord = true;
+  onError([&] {
+    auto recordSet = records();
+    hasField = k < recordSet->getFields().Count();
+    hasRecord = !recordSet->isBOF() && !recordSet->isEOF();
+  });
   ifResumeNext(
       onError, [&] { return !records()->field(k).Name().empty(); },
       [&] {
         onError([&] { row->setDatabaseObjName(tableName); });
-        onError([&] { row->setFieldName(records()->field(k).Name()); });
+        if (hasField) onError([&] { row->setFieldName(records()->field(k).Name()); });
         onError([&] { row->setDataType(ModADO::getFieldTypeName(manager, k)); });
         onError([&] { row->setFieldCount(fieldCount); });
         onError([&] { row->setPrimaryKey(primaryKey.get()); });
         onError([&] { row->setShow(ModADO::isComparableFieldType(manager, k)); });
-        onError([&] { row->setFieldDefinedSize(vb::CStr(records()->field(k).DefinedSize())); });
-        onError([&] { row->setFieldActualSize(vb::CStr(records()->field(k).ActualSize())); });
+        if (hasField) onError([&] { row->setFieldDefinedSize(vb::CStr(records()->field(k).DefinedSize())); });
+        if (hasField && hasRecord)
+          onError([&] { row->setFieldActualSize(vb::CStr(records()->field(k).ActualSize())); });
         onError([&] { row->setIsDataValue(false); });
         onError([&] { row->setIsFieldDesc(true); });
         onError([&] { manager.getResults()->Add(row); });

@@ -14,6 +14,7 @@ namespace varsentix::engine {
 namespace {
 
 thread_local bool literalMatching = false;
+thread_local RecordMatcher::Counts totals;
 
 // Longest text the fast decisions take: far below SQLite's limit on like patterns.
 constexpr size_t kLongestText = 10000;
@@ -151,16 +152,36 @@ std::pair<uint64_t, uint64_t> hashKey(const std::string& key) {
   return {a, b};
 }
 
-template <typename T>
-void sortUnique(std::vector<T>& values) {
-  std::sort(values.begin(), values.end());
-  values.erase(std::unique(values.begin(), values.end()), values.end());
-  values.shrink_to_fit();
-}
-
 }  // namespace
 
+template <typename Hash>
+void RecordMatcher::HashSet<Hash>::seal() {
+  std::sort(hashes_.begin(), hashes_.end());
+  hashes_.erase(std::unique(hashes_.begin(), hashes_.end()), hashes_.end());
+  // About eight hashes per bucket.
+  int bits = 0;
+  while (bits < 32 && (size_t{1} << bits) * 8 < hashes_.size()) ++bits;
+  shift_ = 64 - bits;
+  const size_t buckets = size_t{1} << bits;
+  directory_.assign(buckets + 1, 0);
+  size_t position = 0;
+  for (size_t bucket = 0; bucket < buckets; ++bucket) {
+    directory_[bucket] = static_cast<uint32_t>(position);
+    while (position < hashes_.size() && (bits == 0 ? 0 : top(hashes_[position]) >> shift_) == bucket) ++position;
+  }
+  directory_[buckets] = static_cast<uint32_t>(hashes_.size());
+}
+
+template <typename Hash>
+bool RecordMatcher::HashSet<Hash>::contains(const Hash& hash) const {
+  const size_t bucket = shift_ >= 64 ? 0 : static_cast<size_t>(top(hash) >> shift_);
+  for (uint32_t i = directory_[bucket]; i < directory_[bucket + 1]; ++i)
+    if (hashes_[i] == hash) return true;
+  return false;
+}
+
 bool literalRecordMatching() { return literalMatching; }
+const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
 std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B) {
@@ -201,10 +222,18 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     }
     // Nothing tested: the match query is not a statement the engines run; leave it to them.
     if (select.empty()) return nullptr;
+    size_t expectedRows = 0;
+    try {
+      // Room for every record up front: growing the hash vectors would double them for a while.
+      auto count = matcher->otherConnection_->Execute("select count(*) from [" + table + "]");
+      expectedRows = static_cast<size_t>(std::max<int64_t>(0, count->field(0).Value().toInt64()));
+    } catch (...) {
+      expectedRows = 0;
+    }
     auto rows = vb::Ref<ado::Recordset>::make();
     rows->Open(select + " from [" + table + "]", matcher->otherConnection_, ado::adOpenForwardOnly,
                ado::adLockReadOnly, ado::adCmdText);
-    const bool covered = matcher->readOtherSide(*rows);
+    const bool covered = matcher->readOtherSide(*rows, expectedRows);
     rows->Close();
     if (!covered) return nullptr;
     matcher->lastValues_.resize(matcher->columns_.size());
@@ -214,7 +243,10 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
   }
 }
 
-bool RecordMatcher::readOtherSide(ado::Recordset& rows) {
+bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
+  strict_.reserve(expectedRows);
+  loose_.reserve(expectedRows);
+  if (hasLikeColumns_) looseWithoutLike_.reserve(expectedRows);
   // The other side's columns must be of the same kind as this side's.
   int32_t position = 0;
   for (const Column& column : columns_) {
@@ -232,14 +264,14 @@ bool RecordMatcher::readOtherSide(ado::Recordset& rows) {
       if (column.excluded) continue;
       if (!addOtherValue(column, rows.field(position++).Value())) return false;
     }
-    strict_.push_back(hashKey(strictKey_));
-    loose_.push_back(hashKey(looseKey_).first);
-    if (hasLikeColumns_) looseWithoutLike_.push_back(hashKey(looseWithoutLikeKey_).first);
+    strict_.add(hashKey(strictKey_));
+    loose_.add(hashKey(looseKey_).first);
+    if (hasLikeColumns_) looseWithoutLike_.add(hashKey(looseWithoutLikeKey_).first);
     rows.MoveNext();
   }
-  sortUnique(strict_);
-  sortUnique(loose_);
-  sortUnique(looseWithoutLike_);
+  strict_.seal();
+  loose_.seal();
+  looseWithoutLike_.seal();
   return true;
 }
 
@@ -372,21 +404,23 @@ RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
   }
   if (!covered) {
     ++counts_.askedEngine;
+    ++totals.askedEngine;
     return Decision::AskEngine;
   }
-  if (std::binary_search(strict_.begin(), strict_.end(), hashKey(strictKey_))) {
+  if (strict_.contains(hashKey(strictKey_))) {
     ++counts_.matched;
+    ++totals.matched;
     return Decision::Match;
   }
-  const bool found = hasWildcard_
-                         ? std::binary_search(looseWithoutLike_.begin(), looseWithoutLike_.end(),
-                                              hashKey(looseWithoutLikeKey_).first)
-                         : std::binary_search(loose_.begin(), loose_.end(), hashKey(looseKey_).first);
+  const bool found = hasWildcard_ ? looseWithoutLike_.contains(hashKey(looseWithoutLikeKey_).first)
+                                  : loose_.contains(hashKey(looseKey_).first);
   if (!found) {
     ++counts_.notMatched;
+    ++totals.notMatched;
     return Decision::NoMatch;
   }
   ++counts_.askedEngine;
+  ++totals.askedEngine;
   return Decision::AskEngine;
 }
 

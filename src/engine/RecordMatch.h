@@ -57,6 +57,8 @@ class RecordMatcher {
     int64_t matched = 0, notMatched = 0, askedEngine = 0;
   };
   const Counts& counts() const { return counts_; }
+  // The decisions of every matcher on this thread so far.
+  static const Counts& threadTotals();
 
  private:
   enum class Kind { Integer, Double, Text };
@@ -70,9 +72,26 @@ class RecordMatcher {
     bool excluded = false;  // left out of the match query
   };
   using Hash128 = std::pair<uint64_t, uint64_t>;
+  // Hashes of B's records, sorted, with a directory over their top bits: a lookup reads one
+  // directory entry and a handful of neighbouring hashes.
+  template <typename Hash>
+  class HashSet {
+   public:
+    void reserve(size_t count) { hashes_.reserve(count); }
+    void add(const Hash& hash) { hashes_.push_back(hash); }
+    void seal();
+    bool contains(const Hash& hash) const;
+
+   private:
+    static uint64_t top(uint64_t hash) { return hash; }
+    static uint64_t top(const Hash128& hash) { return hash.first; }
+    std::vector<Hash> hashes_;
+    std::vector<uint32_t> directory_;  // first position of each bucket, and the end
+    int shift_ = 63;
+  };
 
   RecordMatcher() = default;
-  bool readOtherSide(ado::Recordset& rows);
+  bool readOtherSide(ado::Recordset& rows, size_t expectedRows);
   // Appends the strict and loose key parts of one value of B; false when it is not covered.
   bool addOtherValue(const Column& column, const vb::Variant& value);
   // The same for a value of A; false when the engine must be asked.
@@ -83,9 +102,9 @@ class RecordMatcher {
   vb::Ref<ado::Connection> otherConnection_;
   std::vector<Column> columns_;  // every column of A's record set, in order
   bool hasLikeColumns_ = false;
-  std::vector<Hash128> strict_;          // B's records: every tested value as it is
-  std::vector<uint64_t> loose_;          // ... as the engine's = and like can find them
-  std::vector<uint64_t> looseWithoutLike_;  // ... leaving the like columns out
+  HashSet<Hash128> strict_;             // B's records: every tested value as it is
+  HashSet<uint64_t> loose_;             // ... as the engine's = and like can find them
+  HashSet<uint64_t> looseWithoutLike_;  // ... leaving the like columns out
   // Key buffers of the record at hand.
   std::string strictKey_, looseKey_, looseWithoutLikeKey_;
   bool hasWildcard_ = false;

@@ -37,6 +37,7 @@ class JetSession : public SqliteSession {
   std::vector<TableEntry> tableList() override;
   std::string tableType(const std::string& name, bool isView) const override;
   std::vector<KeyColumn> primaryKeyRows(const std::string& table) override;
+  bool primaryKeysInOneQuery() const override { return false; }
   std::vector<ForeignKeyColumn> foreignKeyRows() override;
   ColumnInfo describeDeclaredType(const std::string& declaredType) const override;
   // Every write: "Cannot update. Database or object is read-only." naming the file.

@@ -1382,6 +1382,10 @@ class SessionHandle final : public ProviderSession {
   std::string quoteIdentifier(const std::string& name) const override {
     return s_->quoteIdentifier(name);
   }
+  EngineFamily engineFamily() const override { return s_->engineFamily(); }
+  std::optional<double> numericLiteralValue(const std::string& literal) override {
+    return s_->numericLiteralValue(literal);
+  }
 
  private:
   std::shared_ptr<OdbcSession> s_;

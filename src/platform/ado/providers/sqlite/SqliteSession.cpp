@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <system_error>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -386,6 +387,7 @@ SqliteSession::SqliteSession(sqlite3* db, bool ownsHandle, Options options)
 
 SqliteSession::~SqliteSession() {
   sqlite3_finalize(literalStatement_);
+  sqlite3_finalize(versionStatement_);
   if (ownsHandle_ && db_ != nullptr) sqlite3_close_v2(db_);  // waits for open cursors
 }
 
@@ -394,11 +396,43 @@ EngineFamily SqliteSession::engineFamily() const {
   return options_.providerName == "SQLite" ? EngineFamily::SQLite : EngineFamily::Other;
 }
 
+namespace {
+
+// SQLite reads a literal of at most 15 digits without an exponent as the digits d (an integer
+// below 2^53) divided by 10^k in long double, then rounds to double. When k <= 3 that is the
+// nearest double: a double-rounding error needs the long double quotient to fall on a midpoint
+// between doubles, at most 2^-64 relative from d / 10^k, while a midpoint differs from it by at
+// least 2^-53 / 10^k relative (its numerator is a non-zero integer), and 10^k < 2^11.
+std::optional<double> nearestWhenExact(const std::string& literal) {
+  size_t digits = 0, fraction = 0;
+  bool point = false;
+  for (size_t i = literal[0] == '-' ? 1 : 0; i < literal.size(); ++i) {
+    const char c = literal[i];
+    if (c == '.' && !point) {
+      point = true;
+    } else if (c >= '0' && c <= '9') {
+      ++digits;
+      if (point) ++fraction;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (digits == 0 || digits > 15 || fraction > 3) return std::nullopt;
+  double value = 0;
+  const char* end = literal.data() + literal.size();
+  auto [ptr, ec] = std::from_chars(literal.data(), end, value);
+  if (ec != std::errc() || ptr != end) return std::nullopt;
+  return value;
+}
+
+}  // namespace
+
 std::optional<double> SqliteSession::numericLiteralValue(const std::string& literal) {
   // A literal is read by the same routine as a text cast to REAL; an integer literal is kept
   // as an integer by SQLite, which compares equal to the same value as REAL.
   if (literal.empty() || literal.find_first_not_of("0123456789+-.eE") != std::string::npos)
     return std::nullopt;
+  if (auto value = nearestWhenExact(literal)) return value;
   if (literalStatement_ == nullptr &&
       sqlite3_prepare_v2(db_, "SELECT CAST(?1 AS REAL)", -1, &literalStatement_, nullptr) != SQLITE_OK)
     return std::nullopt;
@@ -476,14 +510,54 @@ std::string SqliteSession::tableType(const std::string& name, bool isView) const
 }
 
 int64_t SqliteSession::schemaVersion() {
-  auto cursor = queryNative("PRAGMA schema_version");
-  std::vector<vb::Variant> row;
-  return cursor->fetch(row) && !row.empty() ? row[0].toInt64() : -1;
+  // Asked before every cached schema answer: one statement kept prepared.
+  if (versionStatement_ == nullptr &&
+      sqlite3_prepare_v2(db_, "PRAGMA schema_version", -1, &versionStatement_, nullptr) != SQLITE_OK)
+    return -1;
+  const int64_t version =
+      sqlite3_step(versionStatement_) == SQLITE_ROW ? sqlite3_column_int64(versionStatement_, 0) : -1;
+  sqlite3_reset(versionStatement_);
+  return version;
+}
+
+std::vector<SqliteSession::KeyColumn> SqliteSession::cachedPrimaryKeyRows(const std::string& table) {
+  const int64_t version = schemaVersion();
+  if (version < 0) return primaryKeyRows(table);
+  if (version != primaryKeyCacheVersion_) {
+    primaryKeyCache_.clear();
+    primaryKeyCacheVersion_ = version;
+  }
+  if (primaryKeysInOneQuery() && primaryKeyCache_.empty()) {
+    // Every table's key in one statement: a schema of thousands of tables is asked about each.
+    auto cursor = queryNative(
+        "SELECT m.name, p.name, p.pk FROM sqlite_master AS m, pragma_table_info(m.name) AS p "
+        "WHERE m.type = 'table' AND p.pk > 0 ORDER BY m.name, p.pk");
+    std::vector<vb::Variant> row;
+    while (cursor->fetch(row)) {
+      const std::string name = row[0].toText();
+      primaryKeyCache_[name].push_back(
+          {name, row[1].toText(), static_cast<int32_t>(row[2].toInt64()), "pk_" + name});
+    }
+    primaryKeyCache_.emplace("", std::vector<KeyColumn>());  // marks the cache as filled
+  }
+  auto found = primaryKeyCache_.find(table);
+  if (found == primaryKeyCache_.end()) {
+    // A table without a key, a view, or a name spelt in another letter case: asked on its own.
+    found = primaryKeyCache_.emplace(table, primaryKeyRows(table)).first;
+  }
+  return found->second;
+}
+
+const std::vector<SqliteSession::TableEntry>& SqliteSession::tables() {
+  const int64_t version = schemaVersion();
+  if (version < 0 || version != tableCacheVersion_) {
+    tableCache_ = tableList();
+    tableCacheVersion_ = version;
+  }
+  return tableCache_;
 }
 
 std::vector<SqliteSession::TableEntry> SqliteSession::tableList() {
-  const int64_t version = schemaVersion();
-  if (version >= 0 && version == tableCacheVersion_) return tableCache_;
   std::vector<TableEntry> tables{{"sqlite_master", tableType("sqlite_master", false)}};
   auto cursor = queryNative(
       "SELECT name, type FROM sqlite_master WHERE type IN ('table','view') ORDER BY name");
@@ -495,8 +569,6 @@ std::vector<SqliteSession::TableEntry> SqliteSession::tableList() {
   std::stable_sort(tables.begin(), tables.end(), [](const TableEntry& a, const TableEntry& b) {
     return a.type != b.type ? a.type < b.type : a.name < b.name;
   });
-  tableCache_ = tables;
-  tableCacheVersion_ = version;
   return tables;
 }
 
@@ -517,7 +589,7 @@ std::vector<SqliteSession::ForeignKeyColumn> SqliteSession::foreignKeyRows() {
   // The schema version changes with every schema change any connection commits.
   const int64_t version = schemaVersion();
   if (version >= 0 && version == foreignKeyCacheVersion_) return foreignKeyCache_;
-  std::vector<TableEntry> tables = tableList();
+  const std::vector<TableEntry>& tables = this->tables();
   std::map<std::string, std::string> storedName;  // lower-case name -> name as created
   for (const auto& t : tables) storedName[lower(t.name)] = t.name;
   std::vector<ForeignKeyColumn> keys;
@@ -541,7 +613,7 @@ std::vector<SqliteSession::ForeignKeyColumn> SqliteSession::foreignKeyRows() {
       if (!row[4].isNull()) {
         fk.pkColumn = row[4].toText();
       } else {  // REFERENCES t without columns: the referenced table's primary key
-        auto pk = primaryKeyRows(fk.pkTable);
+        auto pk = cachedPrimaryKeyRows(fk.pkTable);
         if (static_cast<size_t>(fk.ordinal) <= pk.size()) fk.pkColumn = pk[fk.ordinal - 1].column;
       }
       auto rule = [](const std::string& r) { return r == "RESTRICT" ? std::string("NO ACTION") : r; };
@@ -562,7 +634,7 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
   const vb::Variant null = vb::Variant::null();
   std::vector<Row> rows;
   if (schema == adSchemaTables) {
-    for (const auto& t : tableList()) {
+    for (const auto& t : tables()) {
       Row row{null, null, t.name, t.type, null, null, null, null, null};
       if (restrictionMatches(r, 2, row[2], true) && restrictionMatches(r, 3, row[3]))
         rows.push_back(std::move(row));
@@ -577,13 +649,13 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
       std::string wanted;
       const bool asciiWanted = r.size() > 2 && r[2].type() == vb::VarType::String && !(wanted = r[2].toText()).empty() &&
                                isAscii(wanted);
-      for (const auto& t : tableList()) {
+      for (const auto& t : tables()) {
         if (t.type == "VIEW") continue;
         const bool matches = asciiWanted && !t.name.empty() && isAscii(t.name)
                                  ? equalsIgnoringAsciiCase(t.name, wanted)
                                  : restrictionMatches(r, 2, t.name, true);
         if (!matches) continue;
-        for (const auto& k : primaryKeyRows(t.name))
+        for (const auto& k : cachedPrimaryKeyRows(t.name))
           rows.push_back({null, null, k.table, k.column, null, null, k.ordinal, k.keyName});
       }
     }
@@ -612,7 +684,7 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
 
 std::vector<std::string> SqliteSession::primaryKeyColumns(const std::string& table) {
   std::vector<std::string> columns;
-  for (const auto& k : primaryKeyRows(table)) columns.push_back(k.column);
+  for (const auto& k : cachedPrimaryKeyRows(table)) columns.push_back(k.column);
   return columns;
 }
 

@@ -13,6 +13,7 @@
 // and Options carries the provider name and the SQL dialect (e.g. #date# translation).
 // The sqlite3 type is only declared here; sqlite3.h stays inside the provider's .cpp files.
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -92,6 +93,8 @@ class SqliteSession : public ProviderSession {
   virtual std::vector<TableEntry> tableList();
   virtual std::string tableType(const std::string& name, bool isView) const;
   virtual std::vector<KeyColumn> primaryKeyRows(const std::string& table);
+  // Whether primaryKeyRows is SQLite's own, so that the keys of all tables can be read at once.
+  virtual bool primaryKeysInOneQuery() const { return true; }
   virtual std::vector<ForeignKeyColumn> foreignKeyRows();
   virtual ColumnInfo describeDeclaredType(const std::string& declaredType) const {
     return sqliteColumnType(declaredType);
@@ -111,9 +114,16 @@ class SqliteSession : public ProviderSession {
   // "SELECT CAST(?1 AS REAL)", prepared on first use: SQLite's own reading of a numeric
   // literal, which is not always the nearest double.
   sqlite3_stmt* literalStatement_ = nullptr;
+  sqlite3_stmt* versionStatement_ = nullptr;  // PRAGMA schema_version
+  // primaryKeyRows per table as of a schema version.
+  std::vector<KeyColumn> cachedPrimaryKeyRows(const std::string& table);
+  std::map<std::string, std::vector<KeyColumn>> primaryKeyCache_;
+  int64_t primaryKeyCacheVersion_ = -1;
   // The database's schema version (-1 when it cannot be read): the key of the caches below.
   int64_t schemaVersion();
   std::vector<TableEntry> tableCache_;  // tableList() as of a schema version
+  // tableList() as of the current schema version, kept until it changes.
+  const std::vector<TableEntry>& tables();
   int64_t tableCacheVersion_ = -1;
   // foreignKeyRows() as of a schema version of the database: one walk of all tables serves
   // every foreign-key rowset until the schema changes.
