@@ -3,6 +3,8 @@
 namespace varsentix {
 
 MessageText& MessageText::operator=(std::string text) {
+  // The record comparison sets the same text once per record.
+  if (runs_.size() == 1 && runs_[0].count == 1 && runs_[0].piece == text) return *this;
   runs_.clear();
   if (!text.empty()) runs_.push_back(Run{std::move(text), 1});
   return *this;

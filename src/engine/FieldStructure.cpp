@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "engine/Engine.h"
+#include "engine/PrimaryKeyOnce.h"
 #include "engine/ResultRows.h"
 #include "engine/VbFlow.h"
 #include "varsentix/dbside/ModADOFields.h"
@@ -19,27 +20,6 @@ int32_t rowCountForMessage(clsDBManager& side) noexcept {
     return 0;
   }
 }
-
-// The table's primary key as the side reports it, asked once per addTableFieldsToResults call:
-// a failed question is not kept, so the next column asks again as it always has.
-class PrimaryKeyOnce {
- public:
-  PrimaryKeyOnce(clsDBManager& manager, std::string tableName)
-      : manager_(manager), tableName_(std::move(tableName)) {}
-  const std::string& get() {
-    if (!known_) {
-      key_ = manager_.getAccessPrimaryKey(tableName_);
-      known_ = true;
-    }
-    return key_;
-  }
-
- private:
-  clsDBManager& manager_;
-  std::string tableName_;
-  std::string key_;
-  bool known_ = false;
-};
 
 // Appends the row of column k. Every step is passed over when it fails; a failing name test
 // still runs the body, which is how each table gets its trailing row at k = column count.

@@ -1,8 +1,10 @@
 #include <limits>
+#include <optional>
 
 #include "engine/DataProgress.h"
 #include "engine/Engine.h"
 #include "engine/ModADORecordHelpers.h"
+#include "engine/PrimaryKeyOnce.h"
 #include "engine/RecordMatch.h"
 #include "engine/VbFlow.h"
 #include "varsentix/control/Varsenti.h"
@@ -19,6 +21,61 @@ void appendRecordValueFailure(clsDBManager& A, int16_t k, int16_t columnCount) {
                           "FieldCount=" + vb::CStr(columnCount) + " ||");
 }
 
+// A Long addition as VB does it: 6 "Overflow" past the int32 range.
+int32_t addLong(int32_t a, int32_t b) {
+  int64_t sum = static_cast<int64_t>(a) + b;
+  if (sum < std::numeric_limits<int32_t>::min() || sum > std::numeric_limits<int32_t>::max())
+    vb::raiseError(vb::errnum::Overflow);
+  return static_cast<int32_t>(sum);
+}
+
+clsDBManager& addValueRow(clsDBManager& A, int16_t changeType, int16_t k, int16_t columnCount,
+                          PrimaryKeyOnce* primaryKey);
+
+// compareRecordValues; with primaryKey, the value rows take the key from it instead of asking
+// the side once per row.
+clsDBManager& compareRecord(clsDBManager& A, clsDBManager& B, int16_t columnCount,
+                            PrimaryKeyOnce* primaryKey) {
+  int16_t k = 0;
+  try {
+    A.setReturnSQLMessage("Successfully Completed");
+    ModADO::buildMatchQuery(A, B);
+    if (!ModADO::queryReturnsRecords(B)) {
+      for (k = 0; k < columnCount; ++k) addValueRow(A, 5, k, columnCount, primaryKey);
+    }
+  } catch (...) {
+    appendRecordValueFailure(A, k, columnCount);
+  }
+  return A;
+}
+
+clsDBManager& addValueRow(clsDBManager& A, int16_t changeType, int16_t k, int16_t columnCount,
+                          PrimaryKeyOnce* primaryKey) {
+  vb::ResumeNext onError;
+  auto row = vb::Ref<clsResultSet>::make();
+  auto field = [&] { return A.getDatabaseRecords()->field(k); };
+  onError([&] { row->setChangeType(vb::CStr(changeType)); });
+  ifResumeNext(
+      onError, [&] { return !field().Value().isNull(); },
+      [&] { onError([&] { row->setDataValue(field().Value().toText()); }); },
+      [&] { onError([&] { row->setDataValue("Null"); }); });
+  onError([&] { row->setIsDataValue(true); });
+  onError([&] { row->setRecordCount(addLong(A.getRecordCount(), 4)); });
+  onError([&] { row->setRecordNumber(A.getCurrentRecordNumber()); });
+  onError([&] { row->setFieldCount(columnCount); });
+  onError([&] { row->setFieldName(field().Name()); });
+  onError([&] { row->setPrimaryKey(primaryKey ? primaryKey->get() : A.getAccessPrimaryKey(A.getTableName())); });
+  onError([&] { row->setDataType(vb::CStr(static_cast<int32_t>(field().Type()))); });
+  onError([&] { row->setLength(vb::CStr(field().ActualSize())); });
+  onError([&] { row->setDatabaseObjName(A.getTableName()); });
+  onError([&] { row->setIsFieldDesc(true); });
+  onError([&] { A.getResults()->Add(row); });
+  ifResumeNext(
+      onError, [&] { return field().Name() == "AddressNumber1"; },
+      [&] { onError([&] { row->setIsFieldDesc(true); }); });
+  return A;
+}
+
 // The record lookups of one walk: through the matcher where it decides, by match query where it
 // does not. Whatever decided the walk's last record leaves B's statement and where clause.
 class RecordLookup {
@@ -33,7 +90,7 @@ class RecordLookup {
     const auto decision =
         matcher_ ? matcher_->decide(*A_.getDatabaseRecords()) : RecordMatcher::Decision::AskEngine;
     if (decision == RecordMatcher::Decision::AskEngine) {
-      compareRecordValues(A_, B_, columnCount);
+      compareRecord(A_, B_, columnCount, literalRecordMatching() ? nullptr : &primaryKey());
       lastDecided_ = false;
     } else {
       compareDecidedRecord(decision == RecordMatcher::Decision::Match, columnCount);
@@ -58,26 +115,26 @@ class RecordLookup {
       A_.setReturnSQLMessage("Successfully Completed");
       B_.appendReturnSQLMessage(" Successfully Completed ||");
       if (!matched) {
-        for (k = 0; k < columnCount; ++k) addRecordValueToResults(A_, 5, k, columnCount);
+        for (k = 0; k < columnCount; ++k) addValueRow(A_, 5, k, columnCount, &primaryKey());
       }
     } catch (...) {
       appendRecordValueFailure(A_, k, columnCount);
     }
   }
 
+  // The key of A's table, asked once per walk.
+  PrimaryKeyOnce& primaryKey() {
+    if (!primaryKey_) primaryKey_.emplace(A_, A_.getTableName());
+    return *primaryKey_;
+  }
+
   clsDBManager& A_;
   clsDBManager& B_;
   std::unique_ptr<RecordMatcher> matcher_;
+  std::optional<PrimaryKeyOnce> primaryKey_;
   bool lastDecided_ = false;
 };
 
-// A Long addition as VB does it: 6 "Overflow" past the int32 range.
-int32_t addLong(int32_t a, int32_t b) {
-  int64_t sum = static_cast<int64_t>(a) + b;
-  if (sum < std::numeric_limits<int32_t>::min() || sum > std::numeric_limits<int32_t>::max())
-    vb::raiseError(vb::errnum::Overflow);
-  return static_cast<int32_t>(sum);
-}
 
 // What the buffered and windowed comparisons share: open A's statement and, when it has records,
 // reset A's position, counts and results. Returns the column count.
@@ -181,44 +238,12 @@ void compareTableRecords(clsDBManager& A, clsDBManager& B) {
 }
 
 clsDBManager& compareRecordValues(clsDBManager& A, clsDBManager& B, int16_t columnCount) {
-  int16_t k = 0;
-  try {
-    A.setReturnSQLMessage("Successfully Completed");
-    ModADO::buildMatchQuery(A, B);
-    if (!ModADO::queryReturnsRecords(B)) {
-      for (k = 0; k < columnCount; ++k) addRecordValueToResults(A, 5, k, columnCount);
-    }
-  } catch (...) {
-    appendRecordValueFailure(A, k, columnCount);
-  }
-  return A;
+  return compareRecord(A, B, columnCount, nullptr);
 }
 
 clsDBManager& addRecordValueToResults(clsDBManager& A, int16_t changeType, int16_t k,
                                       int16_t columnCount) {
-  vb::ResumeNext onError;
-  auto row = vb::Ref<clsResultSet>::make();
-  auto field = [&] { return A.getDatabaseRecords()->field(k); };
-  onError([&] { row->setChangeType(vb::CStr(changeType)); });
-  ifResumeNext(
-      onError, [&] { return !field().Value().isNull(); },
-      [&] { onError([&] { row->setDataValue(field().Value().toText()); }); },
-      [&] { onError([&] { row->setDataValue("Null"); }); });
-  onError([&] { row->setIsDataValue(true); });
-  onError([&] { row->setRecordCount(addLong(A.getRecordCount(), 4)); });
-  onError([&] { row->setRecordNumber(A.getCurrentRecordNumber()); });
-  onError([&] { row->setFieldCount(columnCount); });
-  onError([&] { row->setFieldName(field().Name()); });
-  onError([&] { row->setPrimaryKey(A.getAccessPrimaryKey(A.getTableName())); });
-  onError([&] { row->setDataType(vb::CStr(static_cast<int32_t>(field().Type()))); });
-  onError([&] { row->setLength(vb::CStr(field().ActualSize())); });
-  onError([&] { row->setDatabaseObjName(A.getTableName()); });
-  onError([&] { row->setIsFieldDesc(true); });
-  onError([&] { A.getResults()->Add(row); });
-  ifResumeNext(
-      onError, [&] { return field().Name() == "AddressNumber1"; },
-      [&] { onError([&] { row->setIsFieldDesc(true); }); });
-  return A;
+  return addValueRow(A, changeType, k, columnCount, nullptr);
 }
 
 void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
