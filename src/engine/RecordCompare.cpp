@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <limits>
 #include <optional>
 
@@ -82,7 +83,11 @@ class RecordLookup {
  public:
   RecordLookup(clsDBManager& A, clsDBManager& B) : A_(A), B_(B) {}
   // Prepares the matcher once A's records are open (when there are any).
-  void prepare() {
+  // A walk of at most kFewRecords records sends its few match queries: reading all of B's table
+  // would cost more than they do.
+  static constexpr int64_t kFewRecords = 32;
+  void prepare(int64_t mostRecords = -1) {
+    if (mostRecords >= 0 && mostRecords <= kFewRecords) return;
     auto records = A_.getDatabaseRecords();
     if (records->State() == ado::adStateOpen && !records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_);
   }
@@ -176,8 +181,9 @@ void countBufferedStep(clsDBManager& A, Varsenti& control, const std::string& re
 
 // What the buffered and windowed walks share: open A's statement, reset the progress, run the
 // walk over A's records, close both sides; any failure is recorded as message #14.
+// mostRecords: how many records the walk compares at most (-1: all of them).
 template <typename Walk>
-void walkBufferedSide(clsDBManager& A, clsDBManager& B, Walk&& walk) {
+void walkBufferedSide(clsDBManager& A, clsDBManager& B, int64_t mostRecords, Walk&& walk) {
   std::string query;
   RecordLookup lookup(A, B);
   try {
@@ -186,7 +192,7 @@ void walkBufferedSide(clsDBManager& A, clsDBManager& B, Walk&& walk) {
     dataProgress().position = 1;
     int16_t counter = 0;
     auto records = A.getDatabaseRecords();
-    lookup.prepare();
+    lookup.prepare(mostRecords);
     walk(*records, lookup, columnCount, counter);
     lookup.finish();
     A.closeRecordSet();
@@ -248,8 +254,8 @@ clsDBManager& addRecordValueToResults(clsDBManager& A, int16_t changeType, int16
 
 void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
                             const std::string& readingFrom) {
-  walkBufferedSide(A, B, [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount,
-                            int16_t& counter) {
+  walkBufferedSide(A, B, -1, [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount,
+                                int16_t& counter) {
     while (!records.isEOF()) {
       lookup.compare(columnCount);
       records.MoveNext();
@@ -260,8 +266,9 @@ void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
 
 void compareRecordWindow(clsDBManager& A, clsDBManager& B, Varsenti& control,
                          const std::string& readingFrom, int32_t s, int32_t n) {
-  walkBufferedSide(A, B, [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount,
-                            int16_t& counter) {
+  const int64_t steps = std::max<int64_t>(0, static_cast<int64_t>(n) + 1);
+  walkBufferedSide(A, B, steps, [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount,
+                                   int16_t& counter) {
     // The window's start only sets how many steps run; every window starts at the first record.
     const int64_t last = static_cast<int64_t>(s) + n;
     for (int64_t i = s; i <= last; ++i) {
