@@ -152,6 +152,8 @@ std::pair<uint64_t, uint64_t> hashKey(const std::string& key) {
   return {a, b};
 }
 
+uint32_t looseHash(const std::string& key) { return static_cast<uint32_t>(hashKey(key).first >> 32); }
+
 }  // namespace
 
 template <typename Hash>
@@ -265,8 +267,8 @@ bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
       if (!addOtherValue(column, rows.field(position++).Value())) return false;
     }
     strict_.add(hashKey(strictKey_));
-    loose_.add(hashKey(looseKey_).first);
-    if (hasLikeColumns_) looseWithoutLike_.add(hashKey(looseWithoutLikeKey_).first);
+    loose_.add(looseHash(looseKey_));
+    if (hasLikeColumns_) looseWithoutLike_.add(looseHash(looseWithoutLikeKey_));
     rows.MoveNext();
   }
   strict_.seal();
@@ -412,8 +414,8 @@ RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
     ++totals.matched;
     return Decision::Match;
   }
-  const bool found = hasWildcard_ ? looseWithoutLike_.contains(hashKey(looseWithoutLikeKey_).first)
-                                  : loose_.contains(hashKey(looseKey_).first);
+  const bool found = hasWildcard_ ? looseWithoutLike_.contains(looseHash(looseWithoutLikeKey_))
+                                  : loose_.contains(looseHash(looseKey_));
   if (!found) {
     ++counts_.notMatched;
     ++totals.notMatched;
