@@ -286,9 +286,7 @@ void RecordMatcher::clearKeys() {
 
 bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value) {
   if (value.isNull()) {
-    strictKey_ += 'N';
-    looseKey_ += 'N';
-    looseWithoutLikeKey_ += 'N';
+    addToEveryKey("N");
     return true;
   }
   if (column.kind != Kind::Text) {
@@ -304,14 +302,56 @@ bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value
     } else {
       return false;
     }
-    strictKey_ += part;
-    looseKey_ += part;
-    looseWithoutLikeKey_ += part;
+    addToEveryKey(part);
     return true;
   }
   if (value.type() != vb::VarType::String) return false;
   const std::string& text = value.asString();
   appendText(strictKey_, text);
+  addLooseText(column, text);
+  return true;
+}
+
+bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) {
+  if (value.isNull()) {
+    addToEveryKey("N");
+    return true;
+  }
+  if (column.kind != Kind::Text) {
+    std::string part;
+    if (auto integer = integerOf(value)) {
+      appendInteger(part, *integer);
+    } else if (value.type() == vb::VarType::Double) {
+      // The literal is the shortest text of the double; the engine reads it back its own way.
+      auto read = otherConnection_->NumericLiteralValue(value.toText());
+      if (!read) return false;
+      appendNumber(part, *read);
+    } else {
+      return false;
+    }
+    addToEveryKey(part);
+    return true;
+  }
+  if (value.type() != vb::VarType::String) return false;
+  const std::string& text = value.asString();
+  if (text.size() > kLongestText || text.find('\0') != std::string::npos || !isValidUtf8(text))
+    return false;
+  // Backslash escapes in MariaDB's literals, and in like patterns on both servers.
+  if (engine_ != ado::EngineFamily::SQLite && text.find('\\') != std::string::npos) return false;
+  appendText(strictKey_, text);
+  const bool wildcard = column.compare == Compare::Like && text.find_first_of("%_") != std::string::npos;
+  hasWildcard_ = hasWildcard_ || wildcard;
+  addLooseText(column, text);
+  return true;
+}
+
+void RecordMatcher::addToEveryKey(std::string_view part) {
+  strictKey_ += part;
+  looseKey_ += part;
+  looseWithoutLikeKey_ += part;
+}
+
+void RecordMatcher::addLooseText(const Column& column, const std::string& text) {
   looseWithoutLikeKey_ += (column.compare == Compare::Like ? "T" : "");
   switch (engine_) {
     case ado::EngineFamily::SQLite:
@@ -335,63 +375,6 @@ bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value
       if (column.compare == Compare::Equal) looseWithoutLikeKey_ += 'T';
       break;
   }
-  return true;
-}
-
-bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) {
-  if (value.isNull()) {
-    strictKey_ += 'N';
-    looseKey_ += 'N';
-    looseWithoutLikeKey_ += 'N';
-    return true;
-  }
-  if (column.kind != Kind::Text) {
-    std::string part;
-    if (auto integer = integerOf(value)) {
-      appendInteger(part, *integer);
-    } else if (value.type() == vb::VarType::Double) {
-      // The literal is the shortest text of the double; the engine reads it back its own way.
-      auto read = otherConnection_->NumericLiteralValue(value.toText());
-      if (!read) return false;
-      appendNumber(part, *read);
-    } else {
-      return false;
-    }
-    strictKey_ += part;
-    looseKey_ += part;
-    looseWithoutLikeKey_ += part;
-    return true;
-  }
-  if (value.type() != vb::VarType::String) return false;
-  const std::string& text = value.asString();
-  if (text.size() > kLongestText || text.find('\0') != std::string::npos || !isValidUtf8(text))
-    return false;
-  // Backslash escapes in MariaDB's literals, and in like patterns on both servers.
-  if (engine_ != ado::EngineFamily::SQLite && text.find('\\') != std::string::npos) return false;
-  appendText(strictKey_, text);
-  const bool wildcard = column.compare == Compare::Like && text.find_first_of("%_") != std::string::npos;
-  hasWildcard_ = hasWildcard_ || wildcard;
-  looseWithoutLikeKey_ += (column.compare == Compare::Like ? "T" : "");
-  switch (engine_) {
-    case ado::EngineFamily::SQLite:
-      if (column.compare == Compare::Equal) {
-        const std::string folded = lowerAscii(withoutTrailingBlanks(text));
-        appendText(looseKey_, folded);
-        appendText(looseWithoutLikeKey_, folded);
-      } else {
-        appendText(looseKey_, lowerAscii(text));
-      }
-      break;
-    case ado::EngineFamily::PostgreSQL:
-      appendText(looseKey_, text);
-      if (column.compare == Compare::Equal) appendText(looseWithoutLikeKey_, text);
-      break;
-    default:
-      looseKey_ += 'T';
-      if (column.compare == Compare::Equal) looseWithoutLikeKey_ += 'T';
-      break;
-  }
-  return true;
 }
 
 RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {

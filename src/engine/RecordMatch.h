@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -96,6 +97,10 @@ class RecordMatcher {
   bool addOtherValue(const Column& column, const vb::Variant& value);
   // The same for a value of A; false when the engine must be asked.
   bool addOwnValue(const Column& column, const vb::Variant& value);
+  // A part that is the same in the strict and both loose keys (Null, numbers).
+  void addToEveryKey(std::string_view part);
+  // The loose key parts of a text value, the same for both sides.
+  void addLooseText(const Column& column, const std::string& text);
   void clearKeys();
 
   ado::EngineFamily engine_ = ado::EngineFamily::Other;
