@@ -92,8 +92,14 @@ class RecordLookup {
     if (records->State() == ado::adStateOpen && !records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_);
   }
   void compare(int16_t columnCount) {
-    const auto decision =
-        matcher_ ? matcher_->decide(*A_.getDatabaseRecords()) : RecordMatcher::Decision::AskEngine;
+    auto decision = RecordMatcher::Decision::AskEngine;
+    try {
+      if (matcher_) decision = matcher_->decide(*A_.getDatabaseRecords());
+    } catch (...) {
+      // A value the matcher cannot read: the match query's builder passes such steps over, so
+      // the engine decides as it always has.
+      decision = RecordMatcher::Decision::AskEngine;
+    }
     if (decision == RecordMatcher::Decision::AskEngine) {
       compareRecord(A_, B_, columnCount, literalRecordMatching() ? nullptr : &primaryKey());
       lastDecided_ = false;
