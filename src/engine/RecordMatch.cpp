@@ -94,18 +94,6 @@ void appendText(std::string& key, std::string_view text) {
   key.append(text);
 }
 
-std::string lowerAscii(std::string_view text) {
-  std::string lowered(text);
-  for (char& c : lowered)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return lowered;
-}
-
-std::string_view withoutTrailingBlanks(std::string_view text) {
-  const size_t end = text.find_last_not_of(' ');
-  return end == std::string_view::npos ? std::string_view() : text.substr(0, end + 1);
-}
-
 std::optional<int64_t> integerOf(const vb::Variant& value) {
   switch (value.type()) {
     case vb::VarType::Integer:
@@ -357,11 +345,11 @@ void RecordMatcher::addLooseText(const Column& column, const std::string& text) 
     case ado::EngineFamily::SQLite:
       // = may compare under NOCASE or RTRIM, like ignores the case of ASCII letters.
       if (column.compare == Compare::Equal) {
-        const std::string folded = lowerAscii(withoutTrailingBlanks(text));
+        const std::string folded = vb::LCase(vb::RTrim(text));
         appendText(looseKey_, folded);
         appendText(looseWithoutLikeKey_, folded);
       } else {
-        appendText(looseKey_, lowerAscii(text));
+        appendText(looseKey_, vb::LCase(text));
       }
       break;
     case ado::EngineFamily::PostgreSQL:
@@ -387,26 +375,20 @@ RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
     if (covered) covered = addOwnValue(column, value);
     lastValues_[c] = std::move(value);
   }
-  if (!covered) {
-    ++counts_.askedEngine;
-    ++totals.askedEngine;
-    return Decision::AskEngine;
+  Decision decision = Decision::AskEngine;
+  if (covered) {
+    if (strict_.contains(hashKey(strictKey_))) {
+      decision = Decision::Match;
+    } else {
+      const bool found = hasWildcard_ ? looseWithoutLike_.contains(looseHash(looseWithoutLikeKey_))
+                                      : loose_.contains(looseHash(looseKey_));
+      if (!found) decision = Decision::NoMatch;
+    }
   }
-  if (strict_.contains(hashKey(strictKey_))) {
-    ++counts_.matched;
-    ++totals.matched;
-    return Decision::Match;
-  }
-  const bool found = hasWildcard_ ? looseWithoutLike_.contains(looseHash(looseWithoutLikeKey_))
-                                  : loose_.contains(looseHash(looseKey_));
-  if (!found) {
-    ++counts_.notMatched;
-    ++totals.notMatched;
-    return Decision::NoMatch;
-  }
-  ++counts_.askedEngine;
-  ++totals.askedEngine;
-  return Decision::AskEngine;
+  ++(decision == Decision::Match ? totals.matched
+     : decision == Decision::NoMatch ? totals.notMatched
+                                     : totals.askedEngine);
+  return decision;
 }
 
 void RecordMatcher::writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const {

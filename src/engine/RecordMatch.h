@@ -53,12 +53,10 @@ class RecordMatcher {
   // decide saw last.
   void writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const;
 
-  // How the decisions went, for benchmarks and tests.
+  // How the decisions of every matcher on this thread went so far, for benchmarks and tests.
   struct Counts {
     int64_t matched = 0, notMatched = 0, askedEngine = 0;
   };
-  const Counts& counts() const { return counts_; }
-  // The decisions of every matcher on this thread so far.
   static const Counts& threadTotals();
 
  private:
@@ -116,7 +114,6 @@ class RecordMatcher {
   std::string strictKey_, looseKey_, looseWithoutLikeKey_;
   bool hasWildcard_ = false;
   std::vector<vb::Variant> lastValues_;
-  Counts counts_;
 };
 
 }  // namespace varsentix::engine
