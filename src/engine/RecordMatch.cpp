@@ -210,8 +210,15 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
       }
       matcher->columns_.push_back(std::move(column));
     }
-    // Nothing tested: the match query is not a statement the engines run; leave it to them.
-    if (select.empty()) return nullptr;
+    // Nothing tested, or the first column left out: the match query is not a statement the
+    // engines run; leave it to them.
+    if (select.empty() || matcher->columns_.empty() || matcher->columns_[0].excluded) return nullptr;
+    matcher->lastValues_.resize(matcher->columns_.size());
+    if (matcher->engine_ == ado::EngineFamily::SQLite) {
+      auto own = A.getDatabaseConnection();
+      if (own && own->State() == ado::adStateOpen && matcher->prepareJoined(*records, *own, table))
+        return matcher;
+    }
     size_t expectedRows = 0;
     try {
       // Room for every record up front: growing the hash vectors would double them for a while.
@@ -226,11 +233,70 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     const bool covered = matcher->readOtherSide(*rows, expectedRows);
     rows->Close();
     if (!covered) return nullptr;
-    matcher->lastValues_.resize(matcher->columns_.size());
     return matcher;
   } catch (...) {
     return nullptr;
   }
+}
+
+bool RecordMatcher::prepareJoined(ado::Recordset& records, ado::Connection& own, const std::string& table) {
+  try {
+    // The statement reaches A's columns by name: they must be distinct and plain.
+    std::vector<std::string> names;
+    for (const Column& column : columns_) {
+      if (column.name.empty() || column.name.find_first_of("[]") != std::string::npos) return false;
+      names.push_back(vb::LCase(column.name));
+    }
+    std::sort(names.begin(), names.end());
+    if (std::adjacent_find(names.begin(), names.end()) != names.end()) return false;
+    const std::string walk = records.Source();
+    if (walk.empty()) return false;
+    joined_ = own.OpenJoinedReader(*otherConnection_);
+    if (!joined_) return false;
+    std::string certain, where;
+    for (const Column& column : columns_) {
+      if (column.excluded) continue;
+      const std::string a = "varsentix_a.[" + column.name + "]";
+      const std::string b = "varsentix_b.[" + column.name + "]";
+      const char* kind = column.kind == Kind::Integer ? "'I'" : column.kind == Kind::Double ? "'D'" : "'T'";
+      certain += (certain.empty() ? "" : " and ") + ("varsentix_exact_literal(" + a + ", " + kind + ")");
+      // What the match query's pieces test: "is null" for Null, else = or like the literal.
+      where += (where.empty() ? "" : " and ") +
+               (column.compare == Compare::Like
+                    ? "(case when " + a + " is null then " + b + " is null else " + b + " like " + a + " end)"
+                    : b + " is +" + a);  // + leaves the value without affinity, as a literal is
+    }
+    const std::string sql = "select case when " + certain + " then exists (select 1 from varsentix_other.[" +
+                            table + "] as varsentix_b where " + where +
+                            ") end as varsentix_match, varsentix_a.* from (" + walk + ") as varsentix_a";
+    // One search of B's table per record, never a scan of it: when its first column is not
+    // indexed, B's table is read once into the hashes instead.
+    auto plan = joined_->Execute("explain query plan " + sql);
+    for (; !plan->isEOF(); plan->MoveNext()) {
+      const std::string detail = plan->field(3).Value().toText();
+      if (detail.rfind("SCAN varsentix_b", 0) == 0 || detail.find("AUTOMATIC") != std::string::npos) {
+        joined_ = {};
+        return false;
+      }
+    }
+    joinedRows_ = vb::Ref<ado::Recordset>::make();
+    joinedRows_->Open(sql, joined_, ado::adOpenForwardOnly, ado::adLockReadOnly, ado::adCmdText);
+    return true;
+  } catch (...) {
+    joinedRows_ = {};
+    joined_ = {};
+    return false;
+  }
+}
+
+RecordMatcher::Decision RecordMatcher::decideJoined() {
+  // One row per record of the walk, in the walk's order: the statement runs the walk's own.
+  if (joinedStarted_ && !joinedRows_->isEOF()) joinedRows_->MoveNext();
+  joinedStarted_ = true;
+  if (joinedRows_->isEOF()) return Decision::AskEngine;
+  const vb::Variant found = joinedRows_->field(0).Value();
+  if (found.isNull()) return Decision::AskEngine;
+  return found.toInt64() != 0 ? Decision::Match : Decision::NoMatch;
 }
 
 bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
@@ -366,6 +432,15 @@ void RecordMatcher::addLooseText(const Column& column, const std::string& text) 
 }
 
 RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
+  const Decision decision = joinedRows_ ? decideJoined() : decideFromHashes(records);
+  ++(decision == Decision::Match ? totals.matched
+     : decision == Decision::NoMatch ? totals.notMatched
+                                     : totals.askedEngine);
+  if (joinedRows_ && decision != Decision::AskEngine) ++totals.joined;
+  return decision;
+}
+
+RecordMatcher::Decision RecordMatcher::decideFromHashes(ado::Recordset& records) {
   clearKeys();
   bool covered = true;
   for (size_t c = 0; c < columns_.size(); ++c) {
@@ -385,9 +460,6 @@ RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
       if (!found) decision = Decision::NoMatch;
     }
   }
-  ++(decision == Decision::Match ? totals.matched
-     : decision == Decision::NoMatch ? totals.notMatched
-                                     : totals.askedEngine);
   return decision;
 }
 
@@ -398,7 +470,9 @@ void RecordMatcher::writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const 
   for (size_t c = 0; c < columns_.size(); ++c) {
     const Column& column = columns_[c];
     if (column.excluded) continue;
-    const vb::Variant& value = lastValues_[c];
+    // The joined statement's row is the record's: its values follow the decision.
+    const vb::Variant value =
+        joinedRows_ ? joinedRows_->field(static_cast<int16_t>(1 + column.index)).Value() : lastValues_[c];
     sql += ModADO::matchSelectPiece(column.index, column.name);
     where += value.isNull() ? ModADO::matchNullPiece(column.index, column.name)
                             : ModADO::matchValuePiece(column.index, column.name,

@@ -11,6 +11,13 @@
 //   - AskEngine: anything else. The walk then sends the match query as always.
 // What "certainly" means per engine (how = and like compare, how a literal is read) is written
 // down in docs/performance.md. Memory: 24 bytes per record of B's table while the walk runs.
+//
+// When both sides are SQLite files and B's table can be searched by its first column, the
+// matcher reads no table itself: one statement on a joined reader walks A's statement in step
+// with the walk and answers, per record, whether the match query would find a record (the
+// query's own predicate, evaluated by SQLite on the values it would read from the literals),
+// or that a literal would not read back as its value (then the engine is asked). Memory does
+// not grow with the tables.
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -56,6 +63,7 @@ class RecordMatcher {
   // How the decisions of every matcher on this thread went so far, for benchmarks and tests.
   struct Counts {
     int64_t matched = 0, notMatched = 0, askedEngine = 0;
+    int64_t joined = 0;  // of the matched and not matched: by the joined statement
   };
   static const Counts& threadTotals();
 
@@ -90,6 +98,10 @@ class RecordMatcher {
   };
 
   RecordMatcher() = default;
+  // Sets up the joined statement; false when it cannot serve this walk.
+  bool prepareJoined(ado::Recordset& records, ado::Connection& own, const std::string& table);
+  Decision decideJoined();
+  Decision decideFromHashes(ado::Recordset& records);
   bool readOtherSide(ado::Recordset& rows, size_t expectedRows);
   // Appends the strict and loose key parts of one value of B; false when it is not covered.
   bool addOtherValue(const Column& column, const vb::Variant& value);
@@ -114,6 +126,10 @@ class RecordMatcher {
   std::string strictKey_, looseKey_, looseWithoutLikeKey_;
   bool hasWildcard_ = false;
   std::vector<vb::Variant> lastValues_;
+  // The joined statement: the decision, then A's record as the walk reads it.
+  vb::Ref<ado::Connection> joined_;
+  vb::Ref<ado::Recordset> joinedRows_;
+  bool joinedStarted_ = false;
 };
 
 }  // namespace varsentix::engine

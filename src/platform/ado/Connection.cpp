@@ -73,6 +73,16 @@ std::optional<double> Connection::NumericLiteralValue(const std::string& literal
   return session_ ? session_->numericLiteralValue(literal) : std::nullopt;
 }
 
+vb::Ref<Connection> Connection::OpenJoinedReader(Connection& other) {
+  if (!session_ || !other.session_) return {};
+  auto joined = session_->openJoinedReader(*other.session_);
+  if (!joined) return {};
+  auto connection = vb::Ref<Connection>::make();
+  connection->session_ = std::move(joined);
+  connection->connectionString_ = connectionString_;
+  return connection;
+}
+
 detail::ProviderSession& Connection::session() {
   if (!session_) vb::raiseError(vb::errnum::ObjectClosed);
   return *session_;

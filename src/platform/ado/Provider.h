@@ -87,6 +87,10 @@ class ProviderSession {
   // The number the engine makes of an unquoted numeric literal in a statement, when the
   // provider can tell it exactly without a statement of its own; nullopt otherwise.
   virtual std::optional<double> numericLiteralValue(const std::string& /*literal*/) { return std::nullopt; }
+  // A second, read-only session on this session's database with other's database attached
+  // under the name "varsentix_other", so that one statement reads both; nullptr when the
+  // provider cannot give one (see Connection::OpenJoinedReader).
+  virtual std::unique_ptr<ProviderSession> openJoinedReader(ProviderSession& /*other*/) { return nullptr; }
 };
 
 // Opens a session for the parsed connection string, chosen by its Provider key

@@ -42,6 +42,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // The number the engine makes of the unquoted numeric literal text in a statement, when the
   // provider can tell it exactly without running one; nullopt otherwise or when closed.
   std::optional<double> NumericLiteralValue(const std::string& literal);
+  // A second, read-only connection to this connection's database with other's database
+  // attached under the name "varsentix_other", so that one statement can read both sides (a
+  // comparison pushed into the engine). Nothing when the provider cannot give one: other
+  // engines, databases not kept in files, either side inside a transaction.
+  vb::Ref<Connection> OpenJoinedReader(Connection& other);
   // Runs one statement. Returns an open record set when the statement produces rows, a closed
   // one otherwise. recordsAffected receives the number of rows a write touched (-1 otherwise).
   vb::Ref<Recordset> Execute(const std::string& commandText, int32_t* recordsAffected = nullptr,

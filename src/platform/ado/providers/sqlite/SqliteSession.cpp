@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -449,6 +450,97 @@ std::optional<double> SqliteSession::numericLiteralValue(const std::string& lite
 
 void SqliteSession::raiseLastError(int resultCode) const {
   raiseFor(db_, resultCode, options_.providerName);
+}
+
+namespace {
+
+// Longest text the joined comparison takes as certain: far below SQLite's limit on like
+// patterns, past which the like of a statement fails.
+constexpr int kLongestExactText = 10000;
+
+// varsentix_exact_literal(value, kind): 1 when a statement that writes value as a literal, the
+// way the record comparison writes one for a column of that kind, makes SQLite read back the
+// very same value; 0 otherwise. Kinds: 'I' integer column, 'D' double column, 'T' text column.
+//   - NULL is written as "is null": always certain;
+//   - an integer in an integer column is written in decimal: certain;
+//   - a double in a double column is written as its shortest text, which SQLite does not always
+//     read back to the same double: checked by reading it the engine's way;
+//   - a text in a text column is written between apostrophes: certain unless it holds a NUL or
+//     is too long for a like pattern.
+// Anything else (a value stored in a column of another kind) is left uncertain.
+void exactLiteral(sqlite3_context* context, int /*argc*/, sqlite3_value** argv) {
+  auto* session = static_cast<SqliteSession*>(sqlite3_user_data(context));
+  sqlite3_value* value = argv[0];
+  const auto* kindText = sqlite3_value_text(argv[1]);
+  const char kind = kindText != nullptr ? static_cast<char>(kindText[0]) : '?';
+  bool exact = false;
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_NULL:
+      exact = true;
+      break;
+    case SQLITE_INTEGER:
+      exact = kind == 'I';
+      break;
+    case SQLITE_FLOAT:
+      if (kind == 'D') {
+        const double stored = sqlite3_value_double(value);
+        const auto read = session->numericLiteralValue(vb::Variant(stored).toText());
+        exact = read.has_value() && *read == stored;
+      }
+      break;
+    case SQLITE_TEXT:
+      if (kind == 'T') {
+        const auto* text = sqlite3_value_text(value);
+        const int bytes = sqlite3_value_bytes(value);
+        exact = bytes <= kLongestExactText && std::memchr(text, 0, static_cast<size_t>(bytes)) == nullptr;
+      }
+      break;
+    default:
+      break;
+  }
+  sqlite3_result_int(context, exact ? 1 : 0);
+}
+
+bool holdsTemporaryObjects(sqlite3* db) {
+  sqlite3_stmt* raw = nullptr;
+  if (sqlite3_prepare_v2(db, "SELECT 1 FROM temp.sqlite_master LIMIT 1", -1, &raw, nullptr) != SQLITE_OK)
+    return true;
+  Statement stmt(raw);
+  return sqlite3_step(stmt.get()) != SQLITE_DONE;
+}
+
+std::string fileOf(sqlite3* db) {
+  const char* path = sqlite3_db_filename(db, "main");
+  return path != nullptr ? path : "";
+}
+
+}  // namespace
+
+std::unique_ptr<ProviderSession> SqliteSession::openJoinedReader(ProviderSession& other) {
+  auto* peer = dynamic_cast<SqliteSession*>(&other);
+  if (peer == nullptr || engineFamily() != EngineFamily::SQLite ||
+      peer->engineFamily() != EngineFamily::SQLite)
+    return nullptr;
+  // Uncommitted changes would be seen by the sides' own statements but not by the reader.
+  if (sqlite3_get_autocommit(db_) == 0 || sqlite3_get_autocommit(peer->db_) == 0) return nullptr;
+  if (holdsTemporaryObjects(db_) || holdsTemporaryObjects(peer->db_)) return nullptr;
+  const std::string path = fileOf(db_), otherPath = fileOf(peer->db_);
+  if (path.empty() || otherPath.empty()) return nullptr;  // in-memory databases
+  sqlite3* db = nullptr;
+  const int rc = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
+  auto joined = std::make_unique<SqliteSession>(db, true, options_);
+  if (rc != SQLITE_OK) return nullptr;
+  sqlite3_busy_timeout(db, 5000);
+  sqlite3_stmt* raw = nullptr;
+  if (sqlite3_prepare_v2(db, "ATTACH DATABASE ?1 AS varsentix_other", -1, &raw, nullptr) != SQLITE_OK)
+    return nullptr;
+  Statement attach(raw);
+  if (bindText(attach.get(), 1, otherPath) != SQLITE_OK || sqlite3_step(attach.get()) != SQLITE_DONE)
+    return nullptr;
+  if (sqlite3_create_function_v2(db, "varsentix_exact_literal", 2, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                                 joined.get(), &exactLiteral, nullptr, nullptr, nullptr) != SQLITE_OK)
+    return nullptr;
+  return joined;
 }
 
 std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeSql) {

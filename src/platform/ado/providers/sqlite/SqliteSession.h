@@ -85,6 +85,10 @@ class SqliteSession : public ProviderSession {
   std::string quoteIdentifier(const std::string& name) const override;
   EngineFamily engineFamily() const override;
   std::optional<double> numericLiteralValue(const std::string& literal) override;
+  // Both sides native SQLite databases in files, neither inside a transaction nor holding
+  // temporary tables (which would hide a table of the same name from the joined reader). The
+  // reader has the function varsentix_exact_literal(value, kind), see the .cpp file.
+  std::unique_ptr<ProviderSession> openJoinedReader(ProviderSession& other) override;
 
   // Runs native SQL (no dialect translation) and returns its rows: for the extension points.
   std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
