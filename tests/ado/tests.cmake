@@ -9,5 +9,6 @@ varsentix_add_suite(varsentix_ado_tests
   ado/recordset_engines_test.cpp
   ado/xml_persistence_test.cpp
   ado/sqlite_provider_test.cpp
+  ado/joined_reader_test.cpp
 )
 target_link_libraries(varsentix_ado_tests PRIVATE SQLite::SQLite3)

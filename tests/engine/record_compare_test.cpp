@@ -3,6 +3,8 @@
 #include "engine/DataProgress.h"
 #include "engine/Engine.h"
 #include "engine/EngineTestSupport.h"
+#include "engine/RecordMatch.h"
+#include "varsentix/platform/ado/Connection.h"
 
 using namespace varsentix;
 using namespace varsentix::testing;
@@ -122,6 +124,44 @@ TEST(RecordCompareSqlite, NullIsStoredAsTheTextNullLikeTheTextNull) {
   ASSERT_EQ(rows.size(), 3u);
   EXPECT_EQ(rows[1]->getDataValue(), "Null");
   EXPECT_EQ(rows[2]->getDataValue(), "Null");
+}
+
+TEST(RecordCompareSqlite, TwoFilesAreComparedByOneStatementOverBoth) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  createPeople(*m);
+  createPeople(*s);
+  m->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo'), (2, 'bob', NULL), (3, '50%', 'x')");
+  s->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo'), (2, 'BOB', NULL), (3, '50% off', 'x')");
+  auto p = connectedPair(*m, *s, "people");
+  const auto before = engine::RecordMatcher::threadTotals();
+  engine::compareTableRecords(*p.master, *p.source);
+  engine::compareTableRecords(*p.source, *p.master);
+  const auto after = engine::RecordMatcher::threadTotals();
+  EXPECT_EQ(after.joined - before.joined, 6);
+  // like ignores the case of ASCII letters, and '50%' is a pattern that '50% off' satisfies;
+  // the other way round, '50% off' finds no '50% off'.
+  EXPECT_TRUE(valueRows(*p.master).empty());
+  auto theirs = valueRows(*p.source);
+  ASSERT_EQ(theirs.size(), 3u);
+  EXPECT_EQ(theirs[1]->getDataValue(), "50% off");
+}
+
+TEST(RecordCompareSqlite, RowsTheOtherSideHasNotCommittedAreSeenAsItsOwnStatementsSeeThem) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  createPeople(*m);
+  createPeople(*s);
+  m->exec("INSERT INTO people VALUES (1, 'Ann', 'Oslo'), (2, 'Bob', NULL)");
+  auto p = connectedPair(*m, *s, "people");
+  auto theirs = p.source->getDatabaseConnection();
+  theirs->Execute("BEGIN");
+  theirs->Execute("INSERT INTO people VALUES (1, 'Ann', 'Oslo'), (2, 'Bob', NULL)");
+  engine::compareTableRecords(*p.master, *p.source);
+  EXPECT_TRUE(valueRows(*p.master).empty());
+  theirs->Execute("ROLLBACK");
+  engine::compareTableRecords(*p.master, *p.source);
+  EXPECT_EQ(valueRows(*p.master).size(), 6u);
 }
 
 TEST(RecordCompareSqlite, AnEmptyFieldListComparesNoRecordsAndRecordsMessage3) {
