@@ -147,6 +147,38 @@ TEST(RecordCompareSqlite, TwoFilesAreComparedByOneStatementOverBoth) {
   EXPECT_EQ(theirs[1]->getDataValue(), "50% off");
 }
 
+TEST(RecordCompareSqlite, RecordsAreDecidedInTheOrderOfTheWalksKeyNotAsStored) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  for (auto* db : {m.get(), s.get()})
+    db->exec("CREATE TABLE people (name VARCHAR(40) PRIMARY KEY, id INTEGER, city VARCHAR(40))");
+  m->exec("INSERT INTO people VALUES ('Ann', 1, 'Oslo'), ('Bob', 2, NULL), ('Cy', 3, 'Rome'), ('Di', 4, 'Bern')");
+  // Stored out of the key's order: the walk goes by name, the joined statement must too.
+  s->exec("INSERT INTO people VALUES ('Di', 4, 'Bern'), ('Cy', 3, 'Paris'), ('Ann', 1, 'Oslo'), ('Bob', 2, NULL)");
+  auto outcome = [&](bool literal) {
+    engine::setLiteralRecordMatching(literal);
+    auto p = connectedPair(*m, *s, "people");
+    // A field description from the structure compare: the walk is ordered by that field.
+    auto described = vb::Ref<clsResultSet>::make();
+    described->setDatabaseObjName("people");
+    described->setChangeType("0");
+    described->setIsFieldDesc(true);
+    described->setDataType("202");
+    described->setFieldName("name");
+    p.source->getResults()->Add(described);
+    engine::compareTableRecords(*p.source, *p.master);
+    engine::setLiteralRecordMatching(false);
+    std::vector<std::string> values;
+    for (const auto& row : valueRows(*p.source)) values.push_back(row->getDataValue());
+    return values;
+  };
+  const auto before = engine::RecordMatcher::threadTotals();
+  const auto fast = outcome(false);
+  EXPECT_EQ(engine::RecordMatcher::threadTotals().joined - before.joined, 4);
+  EXPECT_EQ(fast, outcome(true));
+  EXPECT_EQ(fast, (std::vector<std::string>{"Cy", "3", "Paris"}));
+}
+
 TEST(RecordCompareSqlite, RowsTheOtherSideHasNotCommittedAreSeenAsItsOwnStatementsSeeThem) {
   VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
