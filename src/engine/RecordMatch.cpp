@@ -212,8 +212,7 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     }
     // Nothing tested, or the first column left out: the match query is not a statement the
     // engines run; leave it to them.
-    if (select.empty() || matcher->columns_.empty() || matcher->columns_[0].excluded) return nullptr;
-    matcher->lastValues_.resize(matcher->columns_.size());
+    if (select.empty() || matcher->columns_[0].excluded) return nullptr;
     if (matcher->engine_ == ado::EngineFamily::SQLite) {
       auto own = A.getDatabaseConnection();
       if (own && own->State() == ado::adStateOpen && matcher->prepareJoined(*records, *own, table))
@@ -233,6 +232,7 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     const bool covered = matcher->readOtherSide(*rows, expectedRows);
     rows->Close();
     if (!covered) return nullptr;
+    matcher->lastValues_.resize(matcher->columns_.size());  // the joined statement keeps its own
     return matcher;
   } catch (...) {
     return nullptr;
