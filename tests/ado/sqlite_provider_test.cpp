@@ -253,3 +253,88 @@ TEST(SqliteProvider, ATableOpenedByNameIsUpdatableWithoutAKey) {
   auto check = cn->Execute("select [b] from [no key]");
   EXPECT_EQ(check->field(0).Value().toText(), "set");
 }
+
+namespace {
+
+void execOn(const std::string& path, const std::string& sql) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+  char* error = nullptr;
+  const int rc = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &error);
+  const std::string message = error ? error : "";
+  sqlite3_free(error);
+  sqlite3_close(db);
+  ASSERT_EQ(rc, SQLITE_OK) << message;
+}
+
+// "table.column" per row of a primary-key rowset, in the rowset's order.
+std::vector<std::string> keyColumns(Connection& cn, const vb::Variant& table) {
+  std::vector<std::string> columns;
+  auto rowset = cn.OpenSchema(adSchemaPrimaryKeys, {vb::Variant(), vb::Variant(), table});
+  for (; !rowset->isEOF(); rowset->MoveNext())
+    columns.push_back(rowset->field("TABLE_NAME").Value().toText() + "." +
+                      rowset->field("COLUMN_NAME").Value().toText());
+  return columns;
+}
+
+// "fkTable.fkColumn>pkTable.pkColumn" per row of a foreign-key rowset, in the rowset's order.
+std::vector<std::string> foreignKeys(Connection& cn, const vb::Variant& pkTable) {
+  std::vector<std::string> keys;
+  auto rowset = cn.OpenSchema(adSchemaForeignKeys, {vb::Variant(), vb::Variant(), pkTable});
+  for (; !rowset->isEOF(); rowset->MoveNext())
+    keys.push_back(rowset->field("FK_TABLE_NAME").Value().toText() + "." +
+                   rowset->field("FK_COLUMN_NAME").Value().toText() + ">" +
+                   rowset->field("PK_TABLE_NAME").Value().toText() + "." +
+                   rowset->field("PK_COLUMN_NAME").Value().toText());
+  return keys;
+}
+
+}  // namespace
+
+TEST(SqliteProvider, KeyRowsetsFindTablesByNameInAnyLetterCase) {
+  TempDir dir;
+  const std::string path = emptyDatabase(dir);
+  execOn(path,
+         "CREATE TABLE Orders (b INTEGER, a INTEGER, note TEXT, PRIMARY KEY (a, b));"
+         "CREATE TABLE \"Käse\" (k TEXT PRIMARY KEY);"
+         "CREATE TABLE \"\" (e INTEGER PRIMARY KEY);"
+         "CREATE TABLE plain (x INTEGER);"
+         "CREATE VIEW v AS SELECT * FROM Orders;");
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  EXPECT_EQ(keyColumns(*cn, "ORDERS"), (std::vector<std::string>{"Orders.a", "Orders.b"}));
+  EXPECT_EQ(keyColumns(*cn, "orders"), (std::vector<std::string>{"Orders.a", "Orders.b"}));
+  EXPECT_EQ(keyColumns(*cn, "Käse"), (std::vector<std::string>{"Käse.k"}));
+  EXPECT_TRUE(keyColumns(*cn, "plain").empty());
+  EXPECT_TRUE(keyColumns(*cn, "v").empty());
+  EXPECT_TRUE(keyColumns(*cn, "missing").empty());
+  // Without a restriction: every table with a key, in the table list's order.
+  EXPECT_EQ(keyColumns(*cn, vb::Variant()),
+            (std::vector<std::string>{".e", "Käse.k", "Orders.a", "Orders.b", "seeded.id"}));
+}
+
+TEST(SqliteProvider, KeyRowsetsSeeWhatAnotherConnectionChanges) {
+  TempDir dir;
+  const std::string path = emptyDatabase(dir);
+  execOn(path, "CREATE TABLE parent (id INTEGER);");
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  EXPECT_TRUE(keyColumns(*cn, "parent").empty());
+  EXPECT_TRUE(foreignKeys(*cn, "parent").empty());
+
+  execOn(path,
+         "DROP TABLE parent;"
+         "CREATE TABLE parent (id INTEGER PRIMARY KEY, code TEXT, UNIQUE (id, code));"
+         "CREATE TABLE child (pid INTEGER REFERENCES parent, pcode TEXT,"
+         "  FOREIGN KEY (pid, pcode) REFERENCES parent (id, code));"
+         "CREATE TABLE another (p INTEGER REFERENCES parent (id));");
+  EXPECT_EQ(keyColumns(*cn, "PARENT"), (std::vector<std::string>{"parent.id"}));
+  // Tables in the list's order; per table, each key's columns in order.
+  EXPECT_EQ(foreignKeys(*cn, "parent"),
+            (std::vector<std::string>{"another.p>parent.id", "child.pid>parent.id", "child.pcode>parent.code",
+                                      "child.pid>parent.id"}));
+
+  execOn(path, "DROP TABLE another;");
+  EXPECT_EQ(foreignKeys(*cn, "parent"),
+            (std::vector<std::string>{"child.pid>parent.id", "child.pcode>parent.code", "child.pid>parent.id"}));
+}

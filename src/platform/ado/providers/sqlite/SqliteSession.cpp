@@ -601,7 +601,20 @@ std::string SqliteSession::tableType(const std::string& name, bool isView) const
   return isView ? "VIEW" : "TABLE";
 }
 
-int64_t SqliteSession::schemaVersion() {
+SqliteSession::SchemaVersionScope::SchemaVersionScope(SqliteSession& session)
+    : session_(session), outermost_(!session.versionScoped_) {
+  if (!outermost_) return;
+  session_.scopedVersion_ = session_.readSchemaVersion();
+  session_.versionScoped_ = true;
+}
+
+SqliteSession::SchemaVersionScope::~SchemaVersionScope() {
+  if (outermost_) session_.versionScoped_ = false;
+}
+
+int64_t SqliteSession::schemaVersion() { return versionScoped_ ? scopedVersion_ : readSchemaVersion(); }
+
+int64_t SqliteSession::readSchemaVersion() {
   // Asked before every cached schema answer: one statement kept prepared.
   if (versionStatement_ == nullptr &&
       sqlite3_prepare_v2(db_, "PRAGMA schema_version", -1, &versionStatement_, nullptr) != SQLITE_OK)
@@ -630,6 +643,9 @@ std::vector<SqliteSession::KeyColumn> SqliteSession::cachedPrimaryKeyRows(const 
       primaryKeyCache_[name].push_back(
           {name, row[1].toText(), static_cast<int32_t>(row[2].toInt64()), "pk_" + name});
     }
+    // The tables the statement found no key for have none: not asked again one by one.
+    for (const auto& t : tables())
+      if (t.type != "VIEW") primaryKeyCache_.emplace(t.name, std::vector<KeyColumn>());
     primaryKeyCache_.emplace("", std::vector<KeyColumn>());  // marks the cache as filled
   }
   auto found = primaryKeyCache_.find(table);
@@ -645,8 +661,33 @@ const std::vector<SqliteSession::TableEntry>& SqliteSession::tables() {
   if (version < 0 || version != tableCacheVersion_) {
     tableCache_ = tableList();
     tableCacheVersion_ = version;
+    asciiNamePositions_.clear();
+    otherNamePositions_.clear();
+    for (size_t p = 0; p < tableCache_.size(); ++p) {
+      const std::string& name = tableCache_[p].name;
+      if (name.empty() || !isAscii(name)) {
+        otherNamePositions_.push_back(static_cast<uint32_t>(p));
+        continue;
+      }
+      std::string key = name;
+      for (char& c : key) c = asciiLower(c);
+      asciiNamePositions_[key].push_back(static_cast<uint32_t>(p));
+    }
   }
   return tableCache_;
+}
+
+std::vector<uint32_t> SqliteSession::tablePositionsFor(const std::string& asciiName) {
+  tables();
+  std::string key = asciiName;
+  for (char& c : key) c = asciiLower(c);
+  std::vector<uint32_t> positions = otherNamePositions_;
+  auto found = asciiNamePositions_.find(key);
+  if (found != asciiNamePositions_.end()) {
+    positions.insert(positions.end(), found->second.begin(), found->second.end());
+    std::sort(positions.begin(), positions.end());
+  }
+  return positions;
 }
 
 std::vector<SqliteSession::TableEntry> SqliteSession::tableList() {
@@ -684,17 +725,25 @@ std::vector<SqliteSession::ForeignKeyColumn> SqliteSession::foreignKeyRows() {
   const std::vector<TableEntry>& tables = this->tables();
   std::map<std::string, std::string> storedName;  // lower-case name -> name as created
   for (const auto& t : tables) storedName[lower(t.name)] = t.name;
+  // Every table's foreign keys in one statement, then handed out in the table list's order.
+  std::unordered_map<std::string, std::vector<std::vector<vb::Variant>>> rowsOf;
+  {
+    auto cursor = queryNative(
+        "SELECT m.name, f.id, f.seq, f.\"table\", f.\"from\", f.\"to\", f.on_update, f.on_delete "
+        "FROM sqlite_master AS m, pragma_foreign_key_list(m.name) AS f WHERE m.type = 'table' "
+        "ORDER BY m.name, f.id, f.seq");
+    std::vector<vb::Variant> read;
+    while (cursor->fetch(read)) {
+      const std::string name = read[0].toText();
+      rowsOf[name].emplace_back(read.begin() + 1, read.end());
+    }
+  }
   std::vector<ForeignKeyColumn> keys;
-  std::vector<vb::Variant> row;
   for (const auto& t : tables) {
     if (t.type == "VIEW") continue;
-    std::string literal = "'";
-    for (char c : t.name) literal += c == '\'' ? std::string("''") : std::string(1, c);
-    literal += "'";
-    auto cursor = queryNative(
-        "SELECT id, seq, \"table\", \"from\", \"to\", on_update, on_delete FROM "
-        "pragma_foreign_key_list(" + literal + ") ORDER BY id, seq");
-    while (cursor->fetch(row)) {
+    auto rowsOfTable = rowsOf.find(t.name);
+    if (rowsOfTable == rowsOf.end()) continue;
+    for (const auto& row : rowsOfTable->second) {
       ForeignKeyColumn fk;
       std::string referenced = row[2].toText();
       auto found = storedName.find(lower(referenced));
@@ -725,6 +774,7 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
                                                      const std::vector<vb::Variant>& r) {
   const vb::Variant null = vb::Variant::null();
   std::vector<Row> rows;
+  SchemaVersionScope sameVersion(*this);
   if (schema == adSchemaTables) {
     for (const auto& t : tables()) {
       Row row{null, null, t.name, t.type, null, null, null, null, null};
@@ -741,7 +791,17 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
       std::string wanted;
       const bool asciiWanted = r.size() > 2 && r[2].type() == vb::VarType::String && !(wanted = r[2].toText()).empty() &&
                                isAscii(wanted);
-      for (const auto& t : tables()) {
+      // An ASCII name can only be matched by the tables of the same name in any letter case and
+      // by names that are not ASCII: only those are looked at.
+      std::vector<uint32_t> positions;
+      if (asciiWanted) {
+        positions = tablePositionsFor(wanted);
+      } else {
+        positions.resize(tables().size());
+        for (size_t p = 0; p < positions.size(); ++p) positions[p] = static_cast<uint32_t>(p);
+      }
+      for (const uint32_t p : positions) {
+        const TableEntry& t = tableCache_[p];
         if (t.type == "VIEW") continue;
         const bool matches = asciiWanted && !t.name.empty() && isAscii(t.name)
                                  ? equalsIgnoringAsciiCase(t.name, wanted)
@@ -776,6 +836,7 @@ std::unique_ptr<RowCursor> SqliteSession::openSchema(SchemaEnum schema,
 
 std::vector<std::string> SqliteSession::primaryKeyColumns(const std::string& table) {
   std::vector<std::string> columns;
+  SchemaVersionScope sameVersion(*this);
   for (const auto& k : cachedPrimaryKeyRows(table)) columns.push_back(k.column);
   return columns;
 }

@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/ado/Provider.h"
@@ -125,10 +126,32 @@ class SqliteSession : public ProviderSession {
   int64_t primaryKeyCacheVersion_ = -1;
   // The database's schema version (-1 when it cannot be read): the key of the caches below.
   int64_t schemaVersion();
+  int64_t readSchemaVersion();
+  // While one schema rowset is made, the version read at its start serves every cache it asks:
+  // one PRAGMA per rowset rather than one per cache.
+  class SchemaVersionScope {
+   public:
+    explicit SchemaVersionScope(SqliteSession& session);
+    ~SchemaVersionScope();
+    SchemaVersionScope(const SchemaVersionScope&) = delete;
+    SchemaVersionScope& operator=(const SchemaVersionScope&) = delete;
+
+   private:
+    SqliteSession& session_;
+    bool outermost_;
+  };
+  bool versionScoped_ = false;
+  int64_t scopedVersion_ = -1;
   std::vector<TableEntry> tableCache_;  // tableList() as of a schema version
   // tableList() as of the current schema version, kept until it changes.
   const std::vector<TableEntry>& tables();
   int64_t tableCacheVersion_ = -1;
+  // Positions in tableCache_ of the tables whose name, in ASCII letters only, is the given one
+  // in lower case, together with every name that is not plain ASCII; ascending. A rowset asked
+  // per table needs no walk of the whole list.
+  std::vector<uint32_t> tablePositionsFor(const std::string& asciiName);
+  std::unordered_map<std::string, std::vector<uint32_t>> asciiNamePositions_;
+  std::vector<uint32_t> otherNamePositions_;  // names that are empty or not plain ASCII
   // foreignKeyRows() as of a schema version of the database: one walk of all tables serves
   // every foreign-key rowset until the schema changes.
   std::vector<ForeignKeyColumn> foreignKeyCache_;
