@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "varsentix/platform/vb/VBError.h"
 #include "varsentix/results/clsResultSet.h"
 
@@ -161,4 +166,71 @@ TEST(ResultRow, GettersReturnWhatSettersStored) {
   EXPECT_EQ(row.getPKeyName(), "p");
   EXPECT_TRUE(row.getShow());
   EXPECT_TRUE(row.getIsDataValue());
+}
+
+namespace {
+
+using Setter = void (clsResultSet::*)(const std::string&);
+using Getter = std::string (clsResultSet::*)() const;
+struct TextField {
+  Setter set;
+  Getter get;
+};
+const TextField kTextFields[] = {
+    {&clsResultSet::setFieldName, &clsResultSet::getFieldName},
+    {&clsResultSet::setDataType, &clsResultSet::getDataType},
+    {&clsResultSet::setDatabaseObjName, &clsResultSet::getDatabaseObjName},
+    {&clsResultSet::setDataValue, &clsResultSet::getDataValue},
+    {&clsResultSet::setFieldDefinedSize, &clsResultSet::getFieldDefinedSize},
+    {&clsResultSet::setFieldActualSize, &clsResultSet::getFieldActualSize},
+    {&clsResultSet::setPrimaryKey, &clsResultSet::getPrimaryKey},
+    {&clsResultSet::setFKeyColumnName, &clsResultSet::getFKeyColumnName},
+    {&clsResultSet::setFKeyPrimaryTable, &clsResultSet::getFKeyPrimaryTable},
+    {&clsResultSet::setFKeyPrimaryColName, &clsResultSet::getFKeyPrimaryColName},
+    {&clsResultSet::setFKeyName, &clsResultSet::getFKeyName},
+    {&clsResultSet::setPKeyName, &clsResultSet::getPKeyName},
+};
+
+}  // namespace
+
+TEST(ResultRow, EveryTextKeepsItsValueWhenTheOthersChangeInAnyOrder) {
+  clsResultSet row;
+  std::vector<std::string> expected(std::size(kTextFields));
+  uint32_t seed = 7;
+  auto next = [&seed] { return seed = seed * 1103515245u + 12345u; };
+  for (int step = 0; step < 2000; ++step) {
+    const size_t which = next() % std::size(kTextFields);
+    std::string text;
+    switch (next() % 5) {
+      case 0: break;  // empty
+      case 1: text = "x"; break;
+      case 2: text = std::string("a\0b", 3) + "'%_\\ ä"; break;  // a NUL and more
+      case 3: text.assign(next() % 300, static_cast<char>('a' + next() % 26)); break;
+      default: text = std::to_string(next()); break;
+    }
+    (row.*kTextFields[which].set)(text);
+    expected[which] = text;
+    for (size_t f = 0; f < std::size(kTextFields); ++f)
+      ASSERT_EQ((row.*kTextFields[f].get)(), expected[f]) << "step " << step << ", field " << f;
+  }
+}
+
+TEST(ResultRow, ACopyIsIndependentOfItsOriginal) {
+  clsResultSet row;
+  row.setDataValue(std::string(100000, 'v'));
+  row.setFieldName("name");
+  row.setRecordNumber(3);
+  clsResultSet copy = row;
+  row.setDataValue("changed");
+  row.setFieldName("");
+  EXPECT_EQ(copy.getDataValue(), std::string(100000, 'v'));
+  EXPECT_EQ(copy.getFieldName(), "name");
+  EXPECT_EQ(copy.getRecordNumber(), 3);
+  copy = row;
+  EXPECT_EQ(copy.getDataValue(), "changed");
+  EXPECT_EQ(copy.getFieldName(), "");
+  copy = copy;  // NOLINT: assigning a row to itself keeps it
+  EXPECT_EQ(copy.getDataValue(), "changed");
+  clsResultSet moved = std::move(copy);
+  EXPECT_EQ(moved.getDataValue(), "changed");
 }
