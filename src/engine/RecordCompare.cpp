@@ -86,10 +86,12 @@ class RecordLookup {
   // A walk of at most kFewRecords records sends its few match queries: reading all of B's table
   // would cost more than they do.
   static constexpr int64_t kFewRecords = 32;
-  void prepare(int64_t mostRecords = -1) {
+  // orderedBy: the column A's statement orders its records by, if any.
+  void prepare(int64_t mostRecords = -1, const std::string& orderedBy = "") {
     if (mostRecords >= 0 && mostRecords <= kFewRecords) return;
     auto records = A_.getDatabaseRecords();
-    if (records->State() == ado::adStateOpen && !records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_);
+    if (records->State() == ado::adStateOpen && !records->isEOF())
+      matcher_ = RecordMatcher::prepare(A_, B_, orderedBy);
   }
   void compare(int16_t columnCount) {
     auto decision = RecordMatcher::Decision::AskEngine;
@@ -234,7 +236,7 @@ void compareTableRecords(clsDBManager& A, clsDBManager& B) {
     if (records->State() == ado::adStateOpen) {
       int16_t columnCount = 0;
       if (!records->isBOF()) columnCount = ModADO::getRecordSetFieldCount(A);
-      lookup.prepare();
+      lookup.prepare(-1, orderBy);
       while (!records->isEOF()) {
         lookup.compare(columnCount);
         records->MoveNext();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 
 #include "engine/ModADORecordHelpers.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -174,7 +175,8 @@ bool literalRecordMatching() { return literalMatching; }
 const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
-std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B) {
+std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B,
+                                                     const std::string& orderedBy) {
   if (literalMatching) return nullptr;
   try {
     std::unique_ptr<RecordMatcher> matcher(new RecordMatcher());
@@ -213,30 +215,169 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     // Nothing tested, or the first column left out: the match query is not a statement the
     // engines run; leave it to them.
     if (select.empty() || matcher->columns_[0].excluded) return nullptr;
+    matcher->table_ = table;
+    matcher->lastValues_.resize(matcher->columns_.size());
+    if (!orderedBy.empty() && matcher->prepareMerge(orderedBy)) return matcher;
     if (matcher->engine_ == ado::EngineFamily::SQLite) {
       auto own = A.getDatabaseConnection();
       if (own && own->State() == ado::adStateOpen && matcher->prepareJoined(*records, *own, table))
         return matcher;
     }
+    if (!matcher->buildHashes()) return nullptr;
+    return matcher;
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+// "select [a],[b]" over the tested columns.
+std::string RecordMatcher::testedColumnsSelect() const {
+  std::string select;
+  for (const Column& column : columns_)
+    if (!column.excluded) select += (select.empty() ? "select [" : ",[") + column.name + "]";
+  return select;
+}
+
+bool RecordMatcher::buildHashes() {
+  try {
     size_t expectedRows = 0;
     try {
       // Room for every record up front: growing the hash vectors would double them for a while.
-      auto count = matcher->otherConnection_->Execute("select count(*) from [" + table + "]");
+      auto count = otherConnection_->Execute("select count(*) from [" + table_ + "]");
       expectedRows = static_cast<size_t>(std::max<int64_t>(0, count->field(0).Value().toInt64()));
     } catch (...) {
       expectedRows = 0;
     }
     auto rows = vb::Ref<ado::Recordset>::make();
-    rows->Open(select + " from [" + table + "]", matcher->otherConnection_, ado::adOpenForwardOnly,
+    rows->Open(testedColumnsSelect() + " from [" + table_ + "]", otherConnection_, ado::adOpenForwardOnly,
                ado::adLockReadOnly, ado::adCmdText);
-    const bool covered = matcher->readOtherSide(*rows, expectedRows);
+    const bool covered = readOtherSide(*rows, expectedRows);
     rows->Close();
-    if (!covered) return nullptr;
-    matcher->lastValues_.resize(matcher->columns_.size());  // the joined statement keeps its own
-    return matcher;
+    return covered;
   } catch (...) {
-    return nullptr;
+    return false;
   }
+}
+
+bool RecordMatcher::prepareMerge(const std::string& orderedBy) {
+  // The walk reads A's records in the order of the first column, and an integer column orders
+  // the same way on every engine here: B's records read in that order meet A's record by record.
+  const Column& key = columns_[0];
+  if (key.kind != Kind::Integer || vb::LCase(orderedBy) != vb::LCase(key.name)) return false;
+  // MariaDB's connector streams a result over the connection itself: a match query sent while
+  // B's records are being read would fail.
+  if (engine_ == ado::EngineFamily::MariaDB) return false;
+  try {
+    mergeRows_ = vb::Ref<ado::Recordset>::make();
+    mergeRows_->Open(testedColumnsSelect() + " from [" + table_ + "] order by [" + key.name + "]",
+                     otherConnection_, ado::adOpenForwardOnly, ado::adLockReadOnly, ado::adCmdText);
+    if (!otherKindsMatch(*mergeRows_)) {
+      mergeRows_->Close();
+      mergeRows_ = {};
+      return false;
+    }
+    merging_ = true;
+    return true;
+  } catch (...) {
+    mergeRows_ = {};
+    return false;
+  }
+}
+
+bool RecordMatcher::keyingOtherSide(const std::function<bool()>& body) {
+  Keys* const before = keys_;
+  keys_ = &other_;
+  try {
+    const bool result = body();
+    keys_ = before;
+    return result;
+  } catch (...) {
+    keys_ = before;
+    throw;
+  }
+}
+
+void RecordMatcher::leaveMerge() {
+  merging_ = false;
+  group_.clear();
+  try {
+    if (mergeRows_) mergeRows_->Close();
+  } catch (...) {
+    // Only reading: nothing to undo.
+  }
+  mergeRows_ = {};
+  askAlways_ = !keyingOtherSide([&] { return buildHashes(); });
+}
+
+bool RecordMatcher::loadGroup(int64_t key) {
+  return keyingOtherSide([&] { return readGroup(key); });
+}
+
+bool RecordMatcher::readGroup(int64_t key) {
+  groupSize_ = 0;
+  groupUncertain_ = false;
+  while (!mergeRows_->isEOF()) {
+    const auto otherKey = integerOf(mergeRows_->field(0).Value());
+    // Null or another kind of value first, or an order the integers do not follow: not a merge.
+    if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
+    haveOtherKey_ = true;
+    otherKey_ = *otherKey;
+    if (*otherKey > key) break;
+    if (*otherKey == key) {
+      if (groupSize_ == group_.size()) group_.emplace_back();
+      GroupRecord& slot = group_[groupSize_];
+      slot.values.resize(columns_.size());
+      clearKeys();
+      strictOnly_ = true;
+      int32_t position = 0;
+      bool covered = true;
+      for (size_t c = 0; c < columns_.size(); ++c) {
+        if (columns_[c].excluded) continue;
+        slot.values[c] = mergeRows_->field(position++).Value();
+        if (covered) covered = addOtherValue(columns_[c], slot.values[c]);
+      }
+      strictOnly_ = false;
+      if (covered) {
+        slot.strict.assign(keys_->strict);
+        ++groupSize_;
+      } else {
+        groupUncertain_ = true;
+      }
+    }
+    mergeRows_->MoveNext();
+  }
+  return true;
+}
+
+RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
+  const bool covered = readOwnValues(records);
+  const auto key = integerOf(lastValues_[0]);
+  const bool inOrder = key && (!haveKey_ || *key >= walkKey_);
+  if (!inOrder || ((!haveKey_ || *key != walkKey_) && !loadGroup(*key))) {
+    leaveMerge();
+    if (askAlways_ || !covered) return Decision::AskEngine;
+    return decideFromKeptValues();
+  }
+  haveKey_ = true;
+  walkKey_ = *key;
+  if (!covered) return Decision::AskEngine;
+  for (size_t g = 0; g < groupSize_; ++g)
+    if (group_[g].strict == own_.strict) return Decision::Match;
+  if (groupUncertain_) return Decision::AskEngine;
+  clearKeys();
+  for (size_t c = 0; c < columns_.size(); ++c)
+    if (!columns_[c].excluded && !addOwnValue(columns_[c], lastValues_[c])) return Decision::AskEngine;
+  // The loose keys of B's records, compared with A's the way the hashes compare them.
+  for (size_t g = 0; g < groupSize_; ++g) {
+    const bool same = keyingOtherSide([&] {
+      clearKeys();
+      for (size_t c = 0; c < columns_.size(); ++c)
+        if (!columns_[c].excluded) addOtherValue(columns_[c], group_[g].values[c]);
+      return own_.wildcard ? other_.looseWithoutLike == own_.looseWithoutLike : other_.loose == own_.loose;
+    });
+    if (same) return Decision::AskEngine;
+  }
+  return Decision::NoMatch;
 }
 
 bool RecordMatcher::prepareJoined(ado::Recordset& records, ado::Connection& own, const std::string& table) {
@@ -299,10 +440,7 @@ RecordMatcher::Decision RecordMatcher::decideJoined() {
   return found.toInt64() != 0 ? Decision::Match : Decision::NoMatch;
 }
 
-bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
-  strict_.reserve(expectedRows);
-  loose_.reserve(expectedRows);
-  if (hasLikeColumns_) looseWithoutLike_.reserve(expectedRows);
+bool RecordMatcher::otherKindsMatch(ado::Recordset& rows) const {
   // The other side's columns must be of the same kind as this side's.
   int32_t position = 0;
   for (const Column& column : columns_) {
@@ -313,6 +451,15 @@ bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
                                                         : isIntegerType(type);
     if (!sameKind) return false;
   }
+  return true;
+}
+
+bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
+  if (!otherKindsMatch(rows)) return false;
+  strict_.reserve(expectedRows);
+  loose_.reserve(expectedRows);
+  if (hasLikeColumns_) looseWithoutLike_.reserve(expectedRows);
+  int32_t position = 0;
   while (!rows.isEOF()) {
     clearKeys();
     position = 0;
@@ -320,9 +467,9 @@ bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
       if (column.excluded) continue;
       if (!addOtherValue(column, rows.field(position++).Value())) return false;
     }
-    strict_.add(hashKey(strictKey_));
-    loose_.add(looseHash(looseKey_));
-    if (hasLikeColumns_) looseWithoutLike_.add(looseHash(looseWithoutLikeKey_));
+    strict_.add(hashKey(keys_->strict));
+    loose_.add(looseHash(keys_->loose));
+    if (hasLikeColumns_) looseWithoutLike_.add(looseHash(keys_->looseWithoutLike));
     rows.MoveNext();
   }
   strict_.seal();
@@ -332,10 +479,10 @@ bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
 }
 
 void RecordMatcher::clearKeys() {
-  strictKey_.clear();
-  looseKey_.clear();
-  looseWithoutLikeKey_.clear();
-  hasWildcard_ = false;
+  keys_->strict.clear();
+  keys_->loose.clear();
+  keys_->looseWithoutLike.clear();
+  keys_->wildcard = false;
 }
 
 bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value) {
@@ -361,7 +508,7 @@ bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value
   }
   if (value.type() != vb::VarType::String) return false;
   const std::string& text = value.asString();
-  appendText(strictKey_, text);
+  appendText(keys_->strict, text);
   addLooseText(column, text);
   return true;
 }
@@ -392,56 +539,67 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
     return false;
   // Backslash escapes in MariaDB's literals, and in like patterns on both servers.
   if (engine_ != ado::EngineFamily::SQLite && text.find('\\') != std::string::npos) return false;
-  appendText(strictKey_, text);
+  appendText(keys_->strict, text);
   const bool wildcard = column.compare == Compare::Like && text.find_first_of("%_") != std::string::npos;
-  hasWildcard_ = hasWildcard_ || wildcard;
+  keys_->wildcard = keys_->wildcard || wildcard;
   addLooseText(column, text);
   return true;
 }
 
 void RecordMatcher::addToEveryKey(std::string_view part) {
-  strictKey_ += part;
-  looseKey_ += part;
-  looseWithoutLikeKey_ += part;
+  keys_->strict += part;
+  if (strictOnly_) return;
+  keys_->loose += part;
+  keys_->looseWithoutLike += part;
 }
 
 void RecordMatcher::addLooseText(const Column& column, const std::string& text) {
-  looseWithoutLikeKey_ += (column.compare == Compare::Like ? "T" : "");
+  if (strictOnly_) return;
+  keys_->looseWithoutLike += (column.compare == Compare::Like ? "T" : "");
   switch (engine_) {
     case ado::EngineFamily::SQLite:
       // = may compare under NOCASE or RTRIM, like ignores the case of ASCII letters.
       if (column.compare == Compare::Equal) {
         const std::string folded = vb::LCase(vb::RTrim(text));
-        appendText(looseKey_, folded);
-        appendText(looseWithoutLikeKey_, folded);
+        appendText(keys_->loose, folded);
+        appendText(keys_->looseWithoutLike, folded);
       } else {
-        appendText(looseKey_, vb::LCase(text));
+        appendText(keys_->loose, vb::LCase(text));
       }
       break;
     case ado::EngineFamily::PostgreSQL:
-      appendText(looseKey_, text);
-      if (column.compare == Compare::Equal) appendText(looseWithoutLikeKey_, text);
+      appendText(keys_->loose, text);
+      if (column.compare == Compare::Equal) appendText(keys_->looseWithoutLike, text);
       break;
     default:
       // MariaDB compares texts by its collation (case, accents, trailing blanks): only that the
       // value is there is kept.
-      looseKey_ += 'T';
-      if (column.compare == Compare::Equal) looseWithoutLikeKey_ += 'T';
+      keys_->loose += 'T';
+      if (column.compare == Compare::Equal) keys_->looseWithoutLike += 'T';
       break;
   }
 }
 
 RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
-  const Decision decision = joinedRows_ ? decideJoined() : decideFromHashes(records);
+  const bool merging = merging_;
+  const Decision decision = joinedRows_ ? decideJoined()
+                            : merging_  ? decideMerged(records)
+                                        : decideFromHashes(records);
   ++(decision == Decision::Match ? totals.matched
      : decision == Decision::NoMatch ? totals.notMatched
                                      : totals.askedEngine);
-  if (joinedRows_ && decision != Decision::AskEngine) ++totals.joined;
+  if (decision != Decision::AskEngine) {
+    if (joinedRows_) ++totals.joined;
+    if (merging && merging_) ++totals.merged;
+  }
   return decision;
 }
 
-RecordMatcher::Decision RecordMatcher::decideFromHashes(ado::Recordset& records) {
+bool RecordMatcher::readOwnValues(ado::Recordset& records) {
+  // Most records have their match: the strict key alone decides them. The loose keys are made
+  // only for a record it does not find.
   clearKeys();
+  strictOnly_ = true;
   bool covered = true;
   for (size_t c = 0; c < columns_.size(); ++c) {
     const Column& column = columns_[c];
@@ -450,17 +608,24 @@ RecordMatcher::Decision RecordMatcher::decideFromHashes(ado::Recordset& records)
     if (covered) covered = addOwnValue(column, value);
     lastValues_[c] = std::move(value);
   }
-  Decision decision = Decision::AskEngine;
-  if (covered) {
-    if (strict_.contains(hashKey(strictKey_))) {
-      decision = Decision::Match;
-    } else {
-      const bool found = hasWildcard_ ? looseWithoutLike_.contains(looseHash(looseWithoutLikeKey_))
-                                      : loose_.contains(looseHash(looseKey_));
-      if (!found) decision = Decision::NoMatch;
-    }
-  }
-  return decision;
+  strictOnly_ = false;
+  return covered;
+}
+
+RecordMatcher::Decision RecordMatcher::decideFromHashes(ado::Recordset& records) {
+  if (askAlways_) return Decision::AskEngine;
+  if (!readOwnValues(records)) return Decision::AskEngine;
+  return decideFromKeptValues();
+}
+
+RecordMatcher::Decision RecordMatcher::decideFromKeptValues() {
+  if (strict_.contains(hashKey(keys_->strict))) return Decision::Match;
+  clearKeys();
+  for (size_t c = 0; c < columns_.size(); ++c)
+    if (!columns_[c].excluded && !addOwnValue(columns_[c], lastValues_[c])) return Decision::AskEngine;
+  const bool found = keys_->wildcard ? looseWithoutLike_.contains(looseHash(keys_->looseWithoutLike))
+                                  : loose_.contains(looseHash(keys_->loose));
+  return found ? Decision::AskEngine : Decision::NoMatch;
 }
 
 void RecordMatcher::writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const {

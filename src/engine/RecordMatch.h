@@ -19,6 +19,7 @@
 // or that a literal would not read back as its value (then the engine is asked). Memory does
 // not grow with the tables.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -51,7 +52,9 @@ class RecordMatcher {
   // Prepares the decisions for a walk over A's open record set against B, reading B's table
   // once. nullptr when they cannot be made for this walk (another engine, a column type or
   // value it does not cover, B's table unreadable, the literal comparison switched on).
-  static std::unique_ptr<RecordMatcher> prepare(clsDBManager& A, clsDBManager& B);
+  // orderedBy: the column the walk's statement orders A's records by ("" when unordered).
+  static std::unique_ptr<RecordMatcher> prepare(clsDBManager& A, clsDBManager& B,
+                                                const std::string& orderedBy = "");
 
   // Decides A's current record and keeps its values for lastMatchQuery.
   Decision decide(ado::Recordset& records);
@@ -64,6 +67,7 @@ class RecordMatcher {
   struct Counts {
     int64_t matched = 0, notMatched = 0, askedEngine = 0;
     int64_t joined = 0;  // of the matched and not matched: by the joined statement
+    int64_t merged = 0;  // ... by the merge with B's ordered records
   };
   static const Counts& threadTotals();
 
@@ -97,7 +101,26 @@ class RecordMatcher {
     int shift_ = 63;
   };
 
+
   RecordMatcher() = default;
+  // Opens B's tested columns ordered by the first column; false when the walk cannot merge.
+  bool prepareMerge(const std::string& orderedBy);
+  Decision decideMerged(ado::Recordset& records);
+  // Reads B's records up to the walk's key; false when B's order is not one the merge follows.
+  bool loadGroup(int64_t key);
+  // Runs body with the add* functions keying into other_, leaving A's keys as they were.
+  bool keyingOtherSide(const std::function<bool()>& body);
+  bool readGroup(int64_t key);
+  std::string testedColumnsSelect() const;
+  // Leaves the merge for the hashes (or for the engine when they cannot be made).
+  void leaveMerge();
+  bool buildHashes();
+  bool otherKindsMatch(ado::Recordset& rows) const;
+  // Reads the tested values of A's current record and makes their strict key; false when the
+  // engine must be asked.
+  bool readOwnValues(ado::Recordset& records);
+  // The decision from the hashes for the values read last, their strict key made.
+  Decision decideFromKeptValues();
   // Sets up the joined statement; false when it cannot serve this walk.
   bool prepareJoined(ado::Recordset& records, ado::Connection& own, const std::string& table);
   Decision decideJoined();
@@ -122,14 +145,38 @@ class RecordMatcher {
   // 1 in 4,000 records of A per million records of B), and halves their memory.
   HashSet<uint32_t> loose_;             // ... as the engine's = and like can find them
   HashSet<uint32_t> looseWithoutLike_;  // ... leaving the like columns out
-  // Key buffers of the record at hand.
-  std::string strictKey_, looseKey_, looseWithoutLikeKey_;
-  bool hasWildcard_ = false;
+  // The keys of one record.
+  struct Keys {
+    std::string strict, loose, looseWithoutLike;
+    bool wildcard = false;  // a like column's literal holds % or _
+  };
+  // The add* functions key into *keys_: A's record (own_), or B's records (other_).
+  Keys own_, other_;
+  Keys* keys_ = &own_;
+  bool strictOnly_ = false;  // while set, the add* functions make the strict key alone
   std::vector<vb::Variant> lastValues_;
   // The joined statement: the decision, then A's record as the walk reads it.
   vb::Ref<ado::Connection> joined_;
   vb::Ref<ado::Recordset> joinedRows_;
   bool joinedStarted_ = false;
+  // The merge: B's tested columns in the walk's order, and B's records with the walk's key.
+  std::string table_;
+  vb::Ref<ado::Recordset> mergeRows_;
+  bool merging_ = false;
+  bool askAlways_ = false;  // neither merge nor hashes: every record goes to the engine
+  bool haveKey_ = false;
+  int64_t walkKey_ = 0;
+  bool haveOtherKey_ = false;
+  int64_t otherKey_ = 0;  // the key of the B record read last
+  // B's records with the walk's key: their strict keys and their values (for the loose keys,
+  // made only when A's record finds no strict match). Slots are reused: group_ holds groupSize_.
+  struct GroupRecord {
+    std::string strict;
+    std::vector<vb::Variant> values;
+  };
+  std::vector<GroupRecord> group_;
+  size_t groupSize_ = 0;
+  bool groupUncertain_ = false;  // a record of the group holds a value the keys do not cover
 };
 
 }  // namespace varsentix::engine

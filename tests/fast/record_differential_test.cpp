@@ -386,14 +386,20 @@ TEST_P(RecordsOnEngines, RandomTablePairsCompareAlike) {
   const int64_t notMatched = after.notMatched - before.notMatched;
   const int64_t asked = after.askedEngine - before.askedEngine;
   const int64_t joined = after.joined - before.joined;
+  const int64_t merged = after.merged - before.merged;
   std::printf("decided as matched %lld, as not matched %lld (%lld of them in one statement over both "
-              "sides); asked the engine %lld\n",
+              "sides, %lld by merging with the other side's ordered records); asked the engine %lld\n",
               static_cast<long long>(matched), static_cast<long long>(notMatched),
-              static_cast<long long>(joined), static_cast<long long>(asked));
+              static_cast<long long>(joined), static_cast<long long>(merged), static_cast<long long>(asked));
   EXPECT_GT(matched, 1000);
   // SQLite files are compared by one statement over both where the other side has a key.
   if (engine == Engine::SQLite) {
     EXPECT_GT(joined, 1000);
+  }
+  // A walk ordered by an integer first column merges with the other side's records, except on
+  // MariaDB, whose connector cannot read two results at once.
+  if (engine != Engine::MariaDB) {
+    EXPECT_GT(merged, 1000);
   }
   EXPECT_GT(notMatched, 300);
   EXPECT_GT(asked, 100);
