@@ -38,6 +38,12 @@ inline vb::Ref<clsResultSet> makeRow(const std::string& object, const std::strin
   return row;
 }
 
+// A field description as the structure compare leaves it in a side's results: the side's
+// single-table record walk is then ordered by that field.
+inline void describeField(clsDBManager& side, const std::string& table, const std::string& field) {
+  side.getResults()->Add(makeRow(table, field, "202", "0", true));
+}
+
 inline std::vector<std::string> changeTypes(clsDBManager& side) {
   std::vector<std::string> out;
   for (const auto& row : *side.getResults()) out.push_back(row->getChangeType());

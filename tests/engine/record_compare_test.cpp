@@ -41,17 +41,6 @@ std::vector<vb::Ref<clsResultSet>> valueRows(clsDBManager& side) {
   return out;
 }
 
-// A field description as the structure compare leaves it: the side's walk is ordered by it.
-void describeField(clsDBManager& side, const std::string& table, const std::string& field) {
-  auto described = vb::Ref<clsResultSet>::make();
-  described->setDatabaseObjName(table);
-  described->setChangeType("0");
-  described->setIsFieldDesc(true);
-  described->setDataType("3");
-  described->setFieldName(field);
-  side.getResults()->Add(described);
-}
-
 // Both walks of a pair ordered by field: every result row and both sides' messages and
 // statements, with the records decided fast or each by its match query.
 std::vector<std::string> orderedWalks(TestDatabase& m, TestDatabase& s, const std::string& table,
@@ -218,13 +207,7 @@ TEST(RecordCompareSqlite, RecordsAreDecidedInTheOrderOfTheWalksKeyNotAsStored) {
     engine::setLiteralRecordMatching(literal);
     auto p = connectedPair(*m, *s, "people");
     // A field description from the structure compare: the walk is ordered by that field.
-    auto described = vb::Ref<clsResultSet>::make();
-    described->setDatabaseObjName("people");
-    described->setChangeType("0");
-    described->setIsFieldDesc(true);
-    described->setDataType("202");
-    described->setFieldName("name");
-    p.source->getResults()->Add(described);
+    describeField(*p.source, "people", "name");
     engine::compareTableRecords(*p.source, *p.master);
     engine::setLiteralRecordMatching(false);
     std::vector<std::string> values;

@@ -278,18 +278,6 @@ Side connectedSide(const std::string& connectionString, const std::string& table
 
 // One run of every record walk over the pair: the control's single-table compare, the buffered
 // compare both ways and a window both ways, on the same two sides one after the other.
-// A field description as the structure compare leaves it: the single-table walk of that side
-// is then ordered by the field.
-void describeField(clsDBManager& side, const std::string& table, const std::string& field) {
-  auto row = vb::Ref<clsResultSet>::make();
-  row->setDatabaseObjName(table);
-  row->setChangeType("0");
-  row->setIsFieldDesc(true);
-  row->setDataType("202");
-  row->setFieldName(field);
-  side.getResults()->Add(row);
-}
-
 Outcome runWalks(TestDatabase& m, TestDatabase& s, const std::string& table, const std::string& fields,
                  const std::string& orderBy, int32_t start, int32_t amount, bool literal) {
   engine::setLiteralRecordMatching(literal);
