@@ -310,7 +310,12 @@ void RecordMatcher::leaveMerge() {
 }
 
 bool RecordMatcher::loadGroup(int64_t key) {
-  return keyingOtherSide([&] { return readGroup(key); });
+  try {
+    return keyingOtherSide([&] { return readGroup(key); });
+  } catch (...) {
+    // B's records could not be read on: those read so far are gone, so the merge cannot go on.
+    return false;
+  }
 }
 
 bool RecordMatcher::readGroup(int64_t key) {
