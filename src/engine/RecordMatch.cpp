@@ -217,7 +217,7 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     if (select.empty() || matcher->columns_[0].excluded) return nullptr;
     matcher->table_ = table;
     matcher->lastValues_.resize(matcher->columns_.size());
-    if (!orderedBy.empty() && matcher->prepareMerge(orderedBy)) return matcher;
+    if (matcher->prepareMerge(orderedBy)) return matcher;
     if (matcher->engine_ == ado::EngineFamily::SQLite) {
       auto own = A.getDatabaseConnection();
       if (own && own->State() == ado::adStateOpen && matcher->prepareJoined(*records, *own, table))
@@ -260,10 +260,13 @@ bool RecordMatcher::buildHashes() {
 }
 
 bool RecordMatcher::prepareMerge(const std::string& orderedBy) {
-  // The walk reads A's records in the order of the first column, and an integer column orders
-  // the same way on every engine here: B's records read in that order meet A's record by record.
+  // A walk ordered by the first column reads A's records in key order, and an integer column
+  // orders the same way on every engine here: B's records read in that order meet A's record by
+  // record. A walk without an order mostly does too (a table read as stored, its keys given in
+  // order); at the first record out of order the walk leaves for the hashes.
   const Column& key = columns_[0];
-  if (key.kind != Kind::Integer || vb::LCase(orderedBy) != vb::LCase(key.name)) return false;
+  if (key.kind != Kind::Integer) return false;
+  if (!orderedBy.empty() && vb::LCase(orderedBy) != vb::LCase(key.name)) return false;
   // MariaDB's connector streams a result over the connection itself: a match query sent while
   // B's records are being read would fail.
   if (engine_ == ado::EngineFamily::MariaDB) return false;

@@ -18,6 +18,12 @@
 // query's own predicate, evaluated by SQLite on the values it would read from the literals),
 // or that a literal would not read back as its value (then the engine is asked). Memory does
 // not grow with the tables.
+//
+// Before both, when the match query's first column holds integers, the matcher reads B's tested
+// columns ordered by it and steps through them with the walk while A's records come in key
+// order (a walk ordered by that column, or a table read as stored with its keys in order): each
+// record of A is decided against B's records with the same key, and nothing else is kept. A Null
+// or non-integer key, or one out of order, leaves the step-through for the hashes.
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -52,7 +58,9 @@ class RecordMatcher {
   // Prepares the decisions for a walk over A's open record set against B, reading B's table
   // once. nullptr when they cannot be made for this walk (another engine, a column type or
   // value it does not cover, B's table unreadable, the literal comparison switched on).
-  // orderedBy: the column the walk's statement orders A's records by ("" when unordered).
+  // orderedBy: the column the walk's statement orders A's records by ("" when unordered: the
+  // records may still come in the order of an integer first column, and are merged while they
+  // do).
   static std::unique_ptr<RecordMatcher> prepare(clsDBManager& A, clsDBManager& B,
                                                 const std::string& orderedBy = "");
 

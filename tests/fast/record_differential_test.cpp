@@ -380,12 +380,13 @@ TEST_P(RecordsOnEngines, RandomTablePairsCompareAlike) {
               static_cast<long long>(matched), static_cast<long long>(notMatched),
               static_cast<long long>(joined), static_cast<long long>(merged), static_cast<long long>(asked));
   EXPECT_GT(matched, 1000);
-  // SQLite files are compared by one statement over both where the other side has a key.
+  // SQLite files are compared by one statement over both where the other side has a key that
+  // is no integer (text or double first columns).
   if (engine == Engine::SQLite) {
-    EXPECT_GT(joined, 1000);
+    EXPECT_GT(joined, 300);
   }
-  // A walk ordered by an integer first column merges with the other side's records, except on
-  // MariaDB, whose connector cannot read two results at once.
+  // A walk over an integer first column in key order steps through the other side's records,
+  // except on MariaDB, whose connector cannot read two results at once.
   if (engine != Engine::MariaDB) {
     EXPECT_GT(merged, 1000);
   }
