@@ -20,13 +20,21 @@ MessageText& MessageText::operator+=(std::string_view piece) {
   return *this;
 }
 
-std::string MessageText::str() const {
+size_t MessageText::size() const {
   size_t size = 0;
   for (const auto& run : runs_) size += run.piece.size() * run.count;
-  std::string text;
-  text.reserve(size);
+  return size;
+}
+
+void MessageText::appendTo(std::string& text) const {
+  text.reserve(text.size() + size());
   for (const auto& run : runs_)
     for (uint64_t i = 0; i < run.count; ++i) text += run.piece;
+}
+
+std::string MessageText::str() const {
+  std::string text;
+  appendTo(text);
   return text;
 }
 

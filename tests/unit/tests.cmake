@@ -4,6 +4,7 @@ varsentix_add_suite(varsentix_unit_tests
   unit/vb_objects_test.cpp
   unit/ui_hooks_test.cpp
   unit/result_set_test.cpp
+  unit/message_text_test.cpp
   unit/change_types_test.cpp
   unit/escape_single_quotes_test.cpp
 )

@@ -3,6 +3,7 @@
 // Completed ||") once per record it looks up, so a table of a million records leaves a message of
 // tens of megabytes. The text is kept as runs of repeated pieces: appending the piece the text
 // already ends with only counts it, and the whole text is built only when it is read.
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -19,6 +20,9 @@ class MessageText {
   bool empty() const { return runs_.empty(); }
   // The whole text.
   std::string str() const;
+  // Its length, and the text appended to another, without building it on its own.
+  size_t size() const;
+  void appendTo(std::string& text) const;
 
  private:
   struct Run {

@@ -165,6 +165,8 @@ class clsDBManager {
   std::string getReturnMessage() const { return returnMessage_; }
   void setReturnMessage(const std::string& messageIn) { returnMessage_ = messageIn; }
   std::string getReturnSQLMessage() const { return returnSQLMessage_.str(); }
+  // The same text as kept, for readers that append it elsewhere without a copy of their own.
+  const MessageText& returnSQLMessageText() const { return returnSQLMessage_; }
   void setReturnSQLMessage(const std::string& messageIn) { returnSQLMessage_ = messageIn; }
   // The same as setReturnSQLMessage(getReturnSQLMessage() + piece), without copying the text.
   void appendReturnSQLMessage(std::string_view piece) { returnSQLMessage_ += piece; }

@@ -1,0 +1,47 @@
+// A side's message text: runs of repeated pieces, read whole or appended elsewhere.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "varsentix/dbside/MessageText.h"
+
+using varsentix::MessageText;
+
+TEST(MessageText, RepeatedPiecesReadBackInOrder) {
+  MessageText text;
+  EXPECT_TRUE(text.empty());
+  EXPECT_EQ(text.size(), 0u);
+  text = "Successfully Completed";
+  for (int i = 0; i < 3; ++i) text += " Successfully Completed ||";
+  text += " #12 failed ||";
+  text += "";
+  text += " Successfully Completed ||";
+  const std::string expected =
+      "Successfully Completed Successfully Completed || Successfully Completed || Successfully Completed ||"
+      " #12 failed || Successfully Completed ||";
+  EXPECT_EQ(text.str(), expected);
+  EXPECT_EQ(text.size(), expected.size());
+  std::string appended = "before:";
+  text.appendTo(appended);
+  EXPECT_EQ(appended, "before:" + expected);
+}
+
+TEST(MessageText, AssigningReplacesTheWholeText) {
+  MessageText text;
+  text = "a";
+  text += "b";
+  text = "a";  // the same text as the first run, but not the whole text
+  EXPECT_EQ(text.str(), "a");
+  text = "";
+  EXPECT_TRUE(text.empty());
+  EXPECT_EQ(text.str(), "");
+}
+
+TEST(MessageText, AMillionOutcomesAreCountedNotStored) {
+  MessageText text;
+  for (int i = 0; i < 1000000; ++i) text += " Successfully Completed ||";
+  EXPECT_EQ(text.size(), 26000000u);
+  const std::string whole = text.str();
+  EXPECT_EQ(whole.size(), 26000000u);
+  EXPECT_EQ(whole.substr(whole.size() - 26), " Successfully Completed ||");
+}
