@@ -189,7 +189,6 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     const std::string table = A.getTableName();
     if (table.find_first_of("[]") != std::string::npos) return nullptr;
     const int16_t count = ModADO::getRecordSetFieldCount(A);
-    std::string select;
     for (int16_t i = 0; i < count; ++i) {
       Column column;
       column.index = i;
@@ -208,13 +207,12 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
         } else {
           return nullptr;
         }
-        select += (select.empty() ? "select [" : ",[") + column.name + "]";
       }
       matcher->columns_.push_back(std::move(column));
     }
     // Nothing tested, or the first column left out: the match query is not a statement the
     // engines run; leave it to them.
-    if (select.empty() || matcher->columns_[0].excluded) return nullptr;
+    if (matcher->testedColumnsSelect().empty() || matcher->columns_[0].excluded) return nullptr;
     matcher->table_ = table;
     matcher->lastValues_.resize(matcher->columns_.size());
     if (matcher->prepareMerge(orderedBy)) return matcher;
@@ -239,6 +237,10 @@ std::string RecordMatcher::testedColumnsSelect() const {
 }
 
 bool RecordMatcher::buildHashes() {
+  return keyingOtherSide([&] { return readHashes(); });
+}
+
+bool RecordMatcher::readHashes() {
   try {
     size_t expectedRows = 0;
     try {
@@ -279,7 +281,6 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy) {
       mergeRows_ = {};
       return false;
     }
-    merging_ = true;
     return true;
   } catch (...) {
     mergeRows_ = {};
@@ -301,7 +302,6 @@ bool RecordMatcher::keyingOtherSide(const std::function<bool()>& body) {
 }
 
 void RecordMatcher::leaveMerge() {
-  merging_ = false;
   group_.clear();
   try {
     if (mergeRows_) mergeRows_->Close();
@@ -309,7 +309,7 @@ void RecordMatcher::leaveMerge() {
     // Only reading: nothing to undo.
   }
   mergeRows_ = {};
-  askAlways_ = !keyingOtherSide([&] { return buildHashes(); });
+  askAlways_ = !buildHashes();
 }
 
 bool RecordMatcher::loadGroup(int64_t key) {
@@ -372,9 +372,7 @@ RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
   for (size_t g = 0; g < groupSize_; ++g)
     if (group_[g].strict == own_.strict) return Decision::Match;
   if (groupUncertain_) return Decision::AskEngine;
-  clearKeys();
-  for (size_t c = 0; c < columns_.size(); ++c)
-    if (!columns_[c].excluded && !addOwnValue(columns_[c], lastValues_[c])) return Decision::AskEngine;
+  if (!makeOwnKeys()) return Decision::AskEngine;
   // The loose keys of B's records, compared with A's the way the hashes compare them.
   for (size_t g = 0; g < groupSize_; ++g) {
     const bool same = keyingOtherSide([&] {
@@ -589,18 +587,25 @@ void RecordMatcher::addLooseText(const Column& column, const std::string& text) 
 }
 
 RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
-  const bool merging = merging_;
+  const bool merging = static_cast<bool>(mergeRows_);
   const Decision decision = joinedRows_ ? decideJoined()
-                            : merging_  ? decideMerged(records)
+                            : merging   ? decideMerged(records)
                                         : decideFromHashes(records);
   ++(decision == Decision::Match ? totals.matched
      : decision == Decision::NoMatch ? totals.notMatched
                                      : totals.askedEngine);
   if (decision != Decision::AskEngine) {
     if (joinedRows_) ++totals.joined;
-    if (merging && merging_) ++totals.merged;
+    if (merging && mergeRows_) ++totals.merged;
   }
   return decision;
+}
+
+bool RecordMatcher::makeOwnKeys() {
+  clearKeys();
+  for (size_t c = 0; c < columns_.size(); ++c)
+    if (!columns_[c].excluded && !addOwnValue(columns_[c], lastValues_[c])) return false;
+  return true;
 }
 
 bool RecordMatcher::readOwnValues(ado::Recordset& records) {
@@ -628,9 +633,7 @@ RecordMatcher::Decision RecordMatcher::decideFromHashes(ado::Recordset& records)
 
 RecordMatcher::Decision RecordMatcher::decideFromKeptValues() {
   if (strict_.contains(hashKey(keys_->strict))) return Decision::Match;
-  clearKeys();
-  for (size_t c = 0; c < columns_.size(); ++c)
-    if (!columns_[c].excluded && !addOwnValue(columns_[c], lastValues_[c])) return Decision::AskEngine;
+  if (!makeOwnKeys()) return Decision::AskEngine;
   const bool found = keys_->wildcard ? looseWithoutLike_.contains(looseHash(keys_->looseWithoutLike))
                                   : loose_.contains(looseHash(keys_->loose));
   return found ? Decision::AskEngine : Decision::NoMatch;

@@ -122,11 +122,15 @@ class RecordMatcher {
   std::string testedColumnsSelect() const;
   // Leaves the merge for the hashes (or for the engine when they cannot be made).
   void leaveMerge();
+  // Reads B's table into the hashes (keying into other_); false when they cannot be made.
   bool buildHashes();
+  bool readHashes();
   bool otherKindsMatch(ado::Recordset& rows) const;
   // Reads the tested values of A's current record and makes their strict key; false when the
   // engine must be asked.
   bool readOwnValues(ado::Recordset& records);
+  // All keys of A's record from the values read last; false when the engine must be asked.
+  bool makeOwnKeys();
   // The decision from the hashes for the values read last, their strict key made.
   Decision decideFromKeptValues();
   // Sets up the joined statement; false when it cannot serve this walk.
@@ -167,10 +171,10 @@ class RecordMatcher {
   vb::Ref<ado::Connection> joined_;
   vb::Ref<ado::Recordset> joinedRows_;
   bool joinedStarted_ = false;
-  // The merge: B's tested columns in the walk's order, and B's records with the walk's key.
+  // The merge: B's tested columns in the walk's order (open while the walk merges), and B's
+  // records with the walk's key.
   std::string table_;
   vb::Ref<ado::Recordset> mergeRows_;
-  bool merging_ = false;
   bool askAlways_ = false;  // neither merge nor hashes: every record goes to the engine
   bool haveKey_ = false;
   int64_t walkKey_ = 0;
