@@ -141,8 +141,7 @@ bool Varsenti::beginTableFullDataCompare(const std::string& masterConnectionStri
     engine::openTableStructure(*source);
     engine::compareResultStructure(*master, *source, *this, kReadingOriginal);
     engine::compareResultStructure(*source, *master, *this, kReadingModified);
-    engine::compareTableRecords(*master, *source);
-    engine::compareTableRecords(*source, *master);
+    engine::compareTableRecordsBothWays(*master, *source);
     // Nothing is published: the rows stay in the control's managers.
     return bothSidesHaveRows(*master, *source);
   } catch (...) {
@@ -190,8 +189,7 @@ bool Varsenti::beginTableCompareFromDBManagers(const vb::Ref<clsDBManager>& mast
     clearSideMessages();
     engine::openTableStructureFromFieldList(*masterDatamanager);
     engine::openTableStructureFromFieldList(*sourceDatamanager);
-    engine::compareTableRecords(*masterDatamanager, *sourceDatamanager);
-    engine::compareTableRecords(*sourceDatamanager, *masterDatamanager);
+    engine::compareTableRecordsBothWays(*masterDatamanager, *sourceDatamanager);
     saveSidesToXml(*masterDatamanager, *sourceDatamanager);
     if (!bothSidesHaveRows(*masterDatamanager, *sourceDatamanager)) return false;
     publish(*masterDatamanager, *sourceDatamanager);

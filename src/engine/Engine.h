@@ -58,6 +58,9 @@ std::string buildSelectStatement(clsDBManager& manager);
 // Opens the same query on both sides, ordered by the first comparable field, and reports every
 // record of A that B does not have. #16 on failure.
 void compareTableRecords(clsDBManager& A, clsDBManager& B);
+// compareTableRecords(A, B), then compareTableRecords(B, A): the same outcome, the second walk
+// deciding most of B's records from what the first one saw of them.
+void compareTableRecordsBothWays(clsDBManager& A, clsDBManager& B);
 // Looks for A's current record on B and, when B has none, appends one "5" row per column. #12.
 clsDBManager& compareRecordValues(clsDBManager& A, clsDBManager& B, int16_t columnCount);
 // Appends the value row of column k of A's current record. Each step that fails is passed over.

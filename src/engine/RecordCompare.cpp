@@ -81,7 +81,9 @@ clsDBManager& addValueRow(clsDBManager& A, int16_t changeType, int16_t k, int16_
 // does not. Whatever decided the walk's last record leaves B's statement and where clause.
 class RecordLookup {
  public:
-  RecordLookup(clsDBManager& A, clsDBManager& B) : A_(A), B_(B) {}
+  // otherWay: shared with the walk the other way of a compare in both directions.
+  RecordLookup(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay = nullptr)
+      : A_(A), B_(B), otherWay_(otherWay) {}
   // Prepares the matcher once A's records are open (when there are any).
   // A walk of at most kFewRecords records sends its few match queries: reading all of B's table
   // would cost more than they do.
@@ -91,7 +93,7 @@ class RecordLookup {
     if (mostRecords >= 0 && mostRecords <= kFewRecords) return;
     auto records = A_.getDatabaseRecords();
     if (records->State() == ado::adStateOpen && !records->isEOF())
-      matcher_ = RecordMatcher::prepare(A_, B_, orderedBy);
+      matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_);
   }
   void compare(int16_t columnCount) {
     auto decision = RecordMatcher::Decision::AskEngine;
@@ -109,6 +111,10 @@ class RecordLookup {
       compareDecidedRecord(decision == RecordMatcher::Decision::Match, columnCount);
       lastDecided_ = true;
     }
+  }
+  // Call when the walk has compared every record without failing.
+  void completeOtherWay() noexcept {
+    if (matcher_) matcher_->completeOtherWay();
   }
   // Call when the walk ends, normally or not.
   void finish() noexcept {
@@ -143,6 +149,7 @@ class RecordLookup {
 
   clsDBManager& A_;
   clsDBManager& B_;
+  RecordMatcher::OtherWay* otherWay_;
   std::unique_ptr<RecordMatcher> matcher_;
   std::optional<PrimaryKeyOnce> primaryKey_;
   bool lastDecided_ = false;
@@ -220,10 +227,12 @@ std::string buildSelectStatement(clsDBManager& manager) {
   return "select " + manager.getFieldList() + " from [" + manager.getTableName() + "]";
 }
 
-void compareTableRecords(clsDBManager& A, clsDBManager& B) {
+namespace {
+
+void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay) {
   std::string query;
   std::string orderBy;
-  RecordLookup lookup(A, B);
+  RecordLookup lookup(A, B, otherWay);
   try {
     A.setReturnSQLMessage("Successfully Completed");
     const std::string tableName = A.getTableName();
@@ -241,6 +250,7 @@ void compareTableRecords(clsDBManager& A, clsDBManager& B) {
         lookup.compare(columnCount);
         records->MoveNext();
       }
+      lookup.completeOtherWay();
     }
     lookup.finish();
     A.closeRecordSet();
@@ -249,6 +259,16 @@ void compareTableRecords(clsDBManager& A, clsDBManager& B) {
     lookup.finish();
     appendSqlMessage(A, " #16 SQL used " + query + "Last field name used " + orderBy + " ||");
   }
+}
+
+}  // namespace
+
+void compareTableRecords(clsDBManager& A, clsDBManager& B) { compareTableRecordsWith(A, B, nullptr); }
+
+void compareTableRecordsBothWays(clsDBManager& A, clsDBManager& B) {
+  RecordMatcher::OtherWay otherWay;
+  compareTableRecordsWith(A, B, &otherWay);
+  compareTableRecordsWith(B, A, &otherWay);
 }
 
 clsDBManager& compareRecordValues(clsDBManager& A, clsDBManager& B, int16_t columnCount) {

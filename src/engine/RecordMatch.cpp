@@ -143,6 +143,27 @@ std::pair<uint64_t, uint64_t> hashKey(const std::string& key) {
 
 uint32_t looseHash(const std::string& key) { return static_cast<uint32_t>(hashKey(key).first >> 32); }
 
+// The same value of the same type: Null, an integer, the same double bit for bit, the same text.
+bool sameValue(const vb::Variant& a, const vb::Variant& b) {
+  if (a.type() != b.type()) return false;
+  switch (a.type()) {
+    case vb::VarType::Null:
+      return true;
+    case vb::VarType::Integer:
+    case vb::VarType::Long:
+    case vb::VarType::LongLong:
+      return a.toInt64() == b.toInt64();
+    case vb::VarType::Double: {
+      const double x = a.toDouble(), y = b.toDouble();
+      return std::memcmp(&x, &y, sizeof x) == 0;
+    }
+    case vb::VarType::String:
+      return a.asString() == b.asString();
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 template <typename Hash>
@@ -176,7 +197,7 @@ const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
 std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B,
-                                                     const std::string& orderedBy) {
+                                                     const std::string& orderedBy, OtherWay* otherWay) {
   if (literalMatching) return nullptr;
   try {
     std::unique_ptr<RecordMatcher> matcher(new RecordMatcher());
@@ -214,10 +235,33 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     // engines run; leave it to them.
     if (matcher->testedColumnsSelect().empty() || matcher->columns_[0].excluded) return nullptr;
     matcher->table_ = table;
+    matcher->tested_ = matcher->testedPositions();
     matcher->lastValues_.resize(matcher->columns_.size());
-    if (matcher->prepareMerge(orderedBy)) return matcher;
+    auto own = A.getDatabaseConnection();
+    // The walk the other way of one that kept its decisions: ordered by the same key, so that
+    // its last record, whose values are written into B, is one whose values it reads.
+    if (otherWay && otherWay->complete && own && !orderedBy.empty() &&
+        vb::LCase(orderedBy) == vb::LCase(matcher->columns_[0].name) && matcher->fitsOtherWay(*otherWay, *own)) {
+      matcher->usingOtherWay_ = otherWay;
+      return matcher;
+    }
+    if (matcher->prepareMerge(orderedBy)) {
+      // The decisions the other way are made with the same engine's = and like, and literals
+      // read back the same way: the sides must be of one kind.
+      if (otherWay && !otherWay->complete && own && own->State() == ado::adStateOpen &&
+          own->Engine() == matcher->engine_) {
+        *otherWay = OtherWay();
+        otherWay->ownConnection = &*own;
+        otherWay->otherConnection = &*matcher->otherConnection_;
+        otherWay->engine = matcher->engine_;
+        otherWay->table = table;
+        for (size_t c : matcher->tested_) otherWay->tested.push_back(matcher->columns_[c]);
+        matcher->otherWay_ = otherWay;
+        matcher->collecting_ = true;
+      }
+      return matcher;
+    }
     if (matcher->engine_ == ado::EngineFamily::SQLite) {
-      auto own = A.getDatabaseConnection();
       if (own && own->State() == ado::adStateOpen && matcher->prepareJoined(*records, *own, table))
         return matcher;
     }
@@ -226,6 +270,13 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
   } catch (...) {
     return nullptr;
   }
+}
+
+std::vector<size_t> RecordMatcher::testedPositions() const {
+  std::vector<size_t> positions;
+  for (size_t c = 0; c < columns_.size(); ++c)
+    if (!columns_[c].excluded) positions.push_back(c);
+  return positions;
 }
 
 // "select [a],[b]" over the tested columns.
@@ -302,6 +353,7 @@ bool RecordMatcher::keyingOtherSide(const std::function<bool()>& body) {
 }
 
 void RecordMatcher::leaveMerge() {
+  stopCollecting();
   group_.clear();
   try {
     if (mergeRows_) mergeRows_->Close();
@@ -333,41 +385,58 @@ bool RecordMatcher::readGroup(int64_t key) {
     if (*otherKey > key) break;
     if (*otherKey == key) {
       if (groupSize_ == group_.size()) group_.emplace_back();
-      GroupRecord& slot = group_[groupSize_];
-      slot.values.resize(columns_.size());
-      clearKeys();
-      strictOnly_ = true;
+      std::vector<vb::Variant>& values = group_[groupSize_].values;
+      values.resize(columns_.size());
       int32_t position = 0;
-      bool covered = true;
-      for (size_t c = 0; c < columns_.size(); ++c) {
-        if (columns_[c].excluded) continue;
-        slot.values[c] = mergeRows_->field(position++).Value();
-        if (covered) covered = addOtherValue(columns_[c], slot.values[c]);
-      }
-      strictOnly_ = false;
-      if (covered) {
-        slot.strict.assign(keys_->strict);
-        ++groupSize_;
-      } else {
-        groupUncertain_ = true;
-      }
+      for (size_t c : tested_) values[c] = mergeRows_->field(position++).Value();
+      keyGroupSlot();
+    } else if (collecting_ && !otherWay_->addUncertainKey(*otherKey)) {
+      // A record of B under a key A does not have: the walk the other way decides it.
+      stopCollecting();
     }
     mergeRows_->MoveNext();
   }
   return true;
 }
 
+bool RecordMatcher::keyGroupSlot() {
+  GroupRecord& slot = group_[groupSize_];
+  slot.matchedOtherWay = false;
+  clearKeys();
+  strictOnly_ = true;
+  bool covered = true;
+  for (size_t c : tested_)
+    if (!(covered = addOtherValue(columns_[c], slot.values[c]))) break;
+  strictOnly_ = false;
+  if (covered) {
+    slot.strict.assign(keys_->strict);
+    ++groupSize_;
+  } else {
+    groupUncertain_ = true;
+  }
+  return covered;
+}
+
 RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
   const bool covered = readOwnValues(records);
   const auto key = integerOf(lastValues_[0]);
   const bool inOrder = key && (!haveKey_ || *key >= walkKey_);
-  if (!inOrder || ((!haveKey_ || *key != walkKey_) && !loadGroup(*key))) {
+  const bool newKey = inOrder && (!haveKey_ || *key != walkKey_);
+  if (newKey && haveKey_ && collecting_) closeOtherWayGroup();
+  if (!inOrder || (newKey && !loadGroup(*key))) {
     leaveMerge();
     if (askAlways_ || !covered) return Decision::AskEngine;
     return decideFromKeptValues();
   }
   haveKey_ = true;
   walkKey_ = *key;
+  if (collecting_) keepOwnRecordForOtherWay();
+  const Decision decision = decideAgainstGroup(covered);
+  if (collecting_ && decision == Decision::Match) markOtherWayMatches();
+  return decision;
+}
+
+RecordMatcher::Decision RecordMatcher::decideAgainstGroup(bool covered) {
   if (!covered) return Decision::AskEngine;
   for (size_t g = 0; g < groupSize_; ++g)
     if (group_[g].strict == own_.strict) return Decision::Match;
@@ -384,6 +453,139 @@ RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
     if (same) return Decision::AskEngine;
   }
   return Decision::NoMatch;
+}
+
+void RecordMatcher::keepOwnRecordForOtherWay() {
+  if (ownGroupSize_ == ownGroup_.size()) ownGroup_.emplace_back();
+  std::vector<vb::Variant>& kept = ownGroup_[ownGroupSize_++];
+  kept.resize(tested_.size());
+  for (size_t t = 0; t < tested_.size(); ++t) kept[t] = lastValues_[tested_[t]];
+}
+
+void RecordMatcher::markOtherWayMatches() {
+  // A record of B with the very values of A's record is matched by A's record the other way:
+  // its literals read back as A's did (the same engine reads them), and A's record holds what
+  // B's record holds.
+  for (size_t g = 0; g < groupSize_; ++g) {
+    GroupRecord& other = group_[g];
+    if (other.matchedOtherWay || other.strict != own_.strict) continue;
+    bool same = true;
+    for (size_t c : tested_)
+      if (!(same = sameValue(lastValues_[c], other.values[c]))) break;
+    other.matchedOtherWay = same;
+  }
+}
+
+void RecordMatcher::closeOtherWayGroup() {
+  // B's records with the key A's walk leaves: A's records with it are all seen.
+  bool certain = !groupUncertain_;
+  for (size_t g = 0; certain && g < groupSize_; ++g) certain = group_[g].matchedOtherWay;
+  if (!certain &&
+      !otherWay_->addUncertainKey(walkKey_, OtherWay::Records(ownGroup_.begin(), ownGroup_.begin() + static_cast<std::ptrdiff_t>(ownGroupSize_)))) {
+    stopCollecting();
+    return;
+  }
+  ownGroupSize_ = 0;
+}
+
+void RecordMatcher::stopCollecting() {
+  if (otherWay_) *otherWay_ = OtherWay();
+  otherWay_ = nullptr;
+  collecting_ = false;
+}
+
+bool RecordMatcher::readRestOfOtherSide() {
+  // Past A's last key: records of B under keys A does not have.
+  while (!mergeRows_->isEOF()) {
+    const auto otherKey = integerOf(mergeRows_->field(0).Value());
+    if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
+    haveOtherKey_ = true;
+    otherKey_ = *otherKey;
+    if ((!haveKey_ || *otherKey != walkKey_) && !otherWay_->addUncertainKey(*otherKey)) return false;
+    mergeRows_->MoveNext();
+  }
+  return true;
+}
+
+void RecordMatcher::completeOtherWay() noexcept {
+  if (!collecting_ || !mergeRows_) return;
+  try {
+    if (haveKey_) closeOtherWayGroup();
+    if (!collecting_) return;
+    if (!readRestOfOtherSide()) {
+      stopCollecting();
+      return;
+    }
+    otherWay_->haveLastKey = haveOtherKey_;
+    otherWay_->lastKey = otherKey_;
+    otherWay_->complete = true;
+    otherWay_ = nullptr;
+    collecting_ = false;
+  } catch (...) {
+    stopCollecting();
+  }
+}
+
+bool RecordMatcher::OtherWay::addUncertainKey(int64_t key, Records records) {
+  if (!uncertainKeys.empty() && uncertainKeys.back().first >= key)
+    return uncertainKeys.back().first == key && records.empty();  // another record of B under it
+  uncertainKeys.emplace_back(key, std::move(records));
+  return true;
+}
+
+bool RecordMatcher::fitsOtherWay(const OtherWay& otherWay, const ado::Connection& own) const {
+  // This walk goes from the first one's B to its A, over the same table and tested columns.
+  if (otherWay.ownConnection != &*otherConnection_ || otherWay.otherConnection != &own) return false;
+  if (otherWay.engine != engine_ || otherWay.table != table_) return false;
+  const std::vector<size_t> tested = testedPositions();
+  if (tested.size() != otherWay.tested.size() || tested.empty() || tested[0] != 0) return false;
+  for (size_t t = 0; t < tested.size(); ++t) {
+    const Column& mine = columns_[tested[t]];
+    const Column& theirs = otherWay.tested[t];
+    if (mine.name != theirs.name || mine.kind != theirs.kind || mine.compare != theirs.compare) return false;
+  }
+  return columns_[0].kind == Kind::Integer;
+}
+
+RecordMatcher::Decision RecordMatcher::decideOtherWay(ado::Recordset& records) {
+  const OtherWay& way = *usingOtherWay_;
+  const auto key = integerOf(records.field(columns_[0].index).Value());
+  if (!key || (haveKey_ && *key < walkKey_) || !way.haveLastKey || *key > way.lastKey) {
+    // Not the records the first walk read (the table changed in between): the hashes decide
+    // from here on.
+    usingOtherWay_ = nullptr;
+    askAlways_ = !buildHashes();
+    if (!readOwnValues(records) || askAlways_) return Decision::AskEngine;
+    return decideFromKeptValues();
+  }
+  haveKey_ = true;
+  walkKey_ = *key;
+  const auto& uncertain = way.uncertainKeys;
+  while (nextUncertain_ < uncertain.size() && uncertain[nextUncertain_].first < *key) ++nextUncertain_;
+  if (nextUncertain_ == uncertain.size() || uncertain[nextUncertain_].first != *key) {
+    // The walk's last records: their values are written into B when the walk ends.
+    if (*key == way.lastKey) readOwnValues(records);
+    return Decision::Match;
+  }
+  const bool covered = readOwnValues(records);
+  if (!haveGroupKey_ || groupKey_ != *key) {
+    haveGroupKey_ = false;
+    groupSize_ = 0;
+    groupUncertain_ = false;
+    keyingOtherSide([&] {
+      for (const auto& kept : uncertain[nextUncertain_].second) {
+        if (groupSize_ == group_.size()) group_.emplace_back();
+        std::vector<vb::Variant>& values = group_[groupSize_].values;
+        values.resize(columns_.size());
+        for (size_t t = 0; t < tested_.size(); ++t) values[tested_[t]] = kept[t];
+        keyGroupSlot();
+      }
+      return true;
+    });
+    haveGroupKey_ = true;
+    groupKey_ = *key;
+  }
+  return decideAgainstGroup(covered);
 }
 
 bool RecordMatcher::prepareJoined(ado::Recordset& records, ado::Connection& own, const std::string& table) {
@@ -588,15 +790,25 @@ void RecordMatcher::addLooseText(const Column& column, const std::string& text) 
 
 RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
   const bool merging = static_cast<bool>(mergeRows_);
-  const Decision decision = joinedRows_ ? decideJoined()
-                            : merging   ? decideMerged(records)
-                                        : decideFromHashes(records);
+  const bool otherWay = usingOtherWay_ != nullptr;
+  Decision decision = Decision::AskEngine;
+  try {
+    decision = joinedRows_ ? decideJoined()
+               : otherWay  ? decideOtherWay(records)
+               : merging   ? decideMerged(records)
+                           : decideFromHashes(records);
+  } catch (...) {
+    // A record the first walk of a pair could not read is missing from what it keeps.
+    stopCollecting();
+    throw;
+  }
   ++(decision == Decision::Match ? totals.matched
      : decision == Decision::NoMatch ? totals.notMatched
                                      : totals.askedEngine);
   if (decision != Decision::AskEngine) {
     if (joinedRows_) ++totals.joined;
     if (merging && mergeRows_) ++totals.merged;
+    if (otherWay && usingOtherWay_) ++totals.otherWay;
   }
   return decision;
 }

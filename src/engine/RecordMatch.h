@@ -24,6 +24,12 @@
 // order (a walk ordered by that column, or a table read as stored with its keys in order): each
 // record of A is decided against B's records with the same key, and nothing else is kept. A Null
 // or non-integer key, or one out of order, leaves the step-through for the hashes.
+//
+// A compare in both directions walks B against A right after A against B. The first walk's
+// step-through sees B's records beside A's records with the same key; it keeps, in an OtherWay,
+// the keys under which a record of B may lack a certain match in A, with A's records under them.
+// The second walk then reads only the key of a record under any other key (its match is
+// certain), and decides the others against A's kept records as the step-through would.
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -61,8 +67,12 @@ class RecordMatcher {
   // orderedBy: the column the walk's statement orders A's records by ("" when unordered: the
   // records may still come in the order of an integer first column, and are merged while they
   // do).
+  // otherWay: shared by the two walks of a compare in both directions; the first fills it, the
+  // second uses it when it walks the same table and columns the other way.
+  struct OtherWay;
   static std::unique_ptr<RecordMatcher> prepare(clsDBManager& A, clsDBManager& B,
-                                                const std::string& orderedBy = "");
+                                                const std::string& orderedBy = "",
+                                                OtherWay* otherWay = nullptr);
 
   // Decides A's current record and keeps its values for lastMatchQuery.
   Decision decide(ado::Recordset& records);
@@ -71,11 +81,16 @@ class RecordMatcher {
   // decide saw last.
   void writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const;
 
+  // Call when the walk has compared every record of A without failing: the rest of B's records
+  // are read, and the other way's decisions become ready for the walk of B against A.
+  void completeOtherWay() noexcept;
+
   // How the decisions of every matcher on this thread went so far, for benchmarks and tests.
   struct Counts {
     int64_t matched = 0, notMatched = 0, askedEngine = 0;
     int64_t joined = 0;  // of the matched and not matched: by the joined statement
     int64_t merged = 0;  // ... by the merge with B's ordered records
+    int64_t otherWay = 0;  // ... from what the walk the other way kept
   };
   static const Counts& threadTotals();
 
@@ -111,6 +126,22 @@ class RecordMatcher {
 
 
   RecordMatcher() = default;
+  // The tested columns' positions in columns_.
+  std::vector<size_t> testedPositions() const;
+  // The first walk of a pair: keeps what the walk the other way needs (while collecting_).
+  void closeOtherWayGroup();
+  void keepOwnRecordForOtherWay();
+  void markOtherWayMatches();
+  void stopCollecting();
+  bool readRestOfOtherSide();
+  // The second walk of a pair: whether the first one's decisions serve it.
+  bool fitsOtherWay(const OtherWay& otherWay, const ado::Connection& own) const;
+  Decision decideOtherWay(ado::Recordset& records);
+  // Keys the values in group_'s next slot (keying into other_) and counts the slot in; when
+  // they are not covered, marks the group uncertain instead. False when not covered.
+  bool keyGroupSlot();
+  // The decision for A's record, its values read, against B's records with its key in group_.
+  Decision decideAgainstGroup(bool covered);
   // Opens B's tested columns ordered by the first column; false when the walk cannot merge.
   bool prepareMerge(const std::string& orderedBy);
   Decision decideMerged(ado::Recordset& records);
@@ -151,6 +182,7 @@ class RecordMatcher {
   ado::EngineFamily engine_ = ado::EngineFamily::Other;
   vb::Ref<ado::Connection> otherConnection_;
   std::vector<Column> columns_;  // every column of A's record set, in order
+  std::vector<size_t> tested_;   // the positions in columns_ of the tested ones
   bool hasLikeColumns_ = false;
   HashSet<Hash128> strict_;             // B's records: every tested value as it is
   // Loose keys only filter: a 32-bit hash that collides sends one record to the engine (about
@@ -185,10 +217,44 @@ class RecordMatcher {
   struct GroupRecord {
     std::string strict;
     std::vector<vb::Variant> values;
+    bool matchedOtherWay = false;  // an A record with the same values has its strict match here
   };
   std::vector<GroupRecord> group_;
   size_t groupSize_ = 0;
   bool groupUncertain_ = false;  // a record of the group holds a value the keys do not cover
+  // The first walk of a pair: A's records with the walk's key (tested values only), kept for the
+  // other way while collecting_.
+  OtherWay* otherWay_ = nullptr;
+  bool collecting_ = false;
+  std::vector<std::vector<vb::Variant>> ownGroup_;
+  size_t ownGroupSize_ = 0;
+  // The second walk: the first one's decisions (nullptr when not used), and which of its keys
+  // group_ holds.
+  const OtherWay* usingOtherWay_ = nullptr;
+  bool haveGroupKey_ = false;
+  int64_t groupKey_ = 0;
+  size_t nextUncertain_ = 0;  // the first of the uncertain keys not before the walk's key
+};
+
+// What the first walk of a compare in both directions keeps for the second.
+struct RecordMatcher::OtherWay {
+  bool complete = false;
+  // The first walk's sides, table and tested columns: the second must walk them the other way.
+  const ado::Connection* ownConnection = nullptr;
+  const ado::Connection* otherConnection = nullptr;
+  ado::EngineFamily engine = ado::EngineFamily::Other;
+  std::string table;
+  std::vector<Column> tested;
+  // B's greatest key; whether B had records at all.
+  bool haveLastKey = false;
+  int64_t lastKey = 0;
+  // The keys under which a record of B may lack a certain match, in ascending order, with A's
+  // records under each (their tested values, in order): none where A has no record with the key.
+  // The first walk finds them in key order; the second looks them up in key order.
+  using Records = std::vector<std::vector<vb::Variant>>;
+  std::vector<std::pair<int64_t, Records>> uncertainKeys;
+  // Appends the key; false when it is not past the last one (then nothing is kept).
+  bool addUncertainKey(int64_t key, Records records = {});
 };
 
 }  // namespace varsentix::engine
