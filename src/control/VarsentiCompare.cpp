@@ -244,8 +244,7 @@ bool Varsenti::beginTableCompareFromFieldListFromDbManagers() {
     auto source = getSourceDataManager();
     engine::openTableStructureFromFieldList(*master);
     engine::openTableStructureFromFieldList(*source);
-    engine::compareBufferedRecords(*master, *source, *this, kReadingOriginal);
-    engine::compareBufferedRecords(*source, *master, *this, kReadingModified);
+    engine::compareBufferedRecordsBothWays(*master, *source, *this, kReadingOriginal, kReadingModified);
     saveSidesToXml(*master, *source);
     return publishBufferedOutcome(*master, *source);
   } catch (...) {

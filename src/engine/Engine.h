@@ -69,6 +69,11 @@ clsDBManager& addRecordValueToResults(clsDBManager& A, int16_t changeType, int16
 // Empties A's results and compares every record of A, counting data progress. #14 on failure.
 void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
                             const std::string& readingFrom);
+// compareBufferedRecords(A, B, control, readingA), then compareBufferedRecords(B, A, control,
+// readingB): the same outcome and events, the second walk deciding most of B's records from what
+// the first one saw of them.
+void compareBufferedRecordsBothWays(clsDBManager& A, clsDBManager& B, Varsenti& control,
+                                    const std::string& readingA, const std::string& readingB);
 // As compareBufferedRecords for the steps s to s + n (n + 1 steps) from A's first record.
 void compareRecordWindow(clsDBManager& A, clsDBManager& B, Varsenti& control,
                          const std::string& readingFrom, int32_t s, int32_t n);

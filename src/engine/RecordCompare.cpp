@@ -197,10 +197,12 @@ void countBufferedStep(clsDBManager& A, Varsenti& control, const std::string& re
 // What the buffered and windowed walks share: open A's statement, reset the progress, run the
 // walk over A's records, close both sides; any failure is recorded as message #14.
 // mostRecords: how many records the walk compares at most (-1: all of them).
+// otherWay: shared with the walk the other way of a compare in both directions.
 template <typename Walk>
-void walkBufferedSide(clsDBManager& A, clsDBManager& B, int64_t mostRecords, Walk&& walk) {
+void walkBufferedSide(clsDBManager& A, clsDBManager& B, int64_t mostRecords, Walk&& walk,
+                      RecordMatcher::OtherWay* otherWay = nullptr) {
   std::string query;
-  RecordLookup lookup(A, B);
+  RecordLookup lookup(A, B, otherWay);
   try {
     query = buildSelectStatement(A);
     const int16_t columnCount = openBufferedSide(A, query);
@@ -209,6 +211,7 @@ void walkBufferedSide(clsDBManager& A, clsDBManager& B, int64_t mostRecords, Wal
     auto records = A.getDatabaseRecords();
     lookup.prepare(mostRecords);
     walk(*records, lookup, columnCount, counter);
+    lookup.completeOtherWay();
     lookup.finish();
     A.closeRecordSet();
     B.closeRecordSet();
@@ -280,16 +283,34 @@ clsDBManager& addRecordValueToResults(clsDBManager& A, int16_t changeType, int16
   return addValueRow(A, changeType, k, columnCount, nullptr);
 }
 
+namespace {
+
+void compareBufferedRecordsWith(clsDBManager& A, clsDBManager& B, Varsenti& control,
+                                const std::string& readingFrom, RecordMatcher::OtherWay* otherWay) {
+  walkBufferedSide(
+      A, B, -1,
+      [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount, int16_t& counter) {
+        while (!records.isEOF()) {
+          lookup.compare(columnCount);
+          records.MoveNext();
+          countBufferedStep(A, control, readingFrom, counter);
+        }
+      },
+      otherWay);
+}
+
+}  // namespace
+
 void compareBufferedRecords(clsDBManager& A, clsDBManager& B, Varsenti& control,
                             const std::string& readingFrom) {
-  walkBufferedSide(A, B, -1, [&](ado::Recordset& records, RecordLookup& lookup, int16_t columnCount,
-                                int16_t& counter) {
-    while (!records.isEOF()) {
-      lookup.compare(columnCount);
-      records.MoveNext();
-      countBufferedStep(A, control, readingFrom, counter);
-    }
-  });
+  compareBufferedRecordsWith(A, B, control, readingFrom, nullptr);
+}
+
+void compareBufferedRecordsBothWays(clsDBManager& A, clsDBManager& B, Varsenti& control,
+                                    const std::string& readingA, const std::string& readingB) {
+  RecordMatcher::OtherWay otherWay;
+  compareBufferedRecordsWith(A, B, control, readingA, &otherWay);
+  compareBufferedRecordsWith(B, A, control, readingB, &otherWay);
 }
 
 void compareRecordWindow(clsDBManager& A, clsDBManager& B, Varsenti& control,

@@ -238,10 +238,12 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     matcher->tested_ = matcher->testedPositions();
     matcher->lastValues_.resize(matcher->columns_.size());
     auto own = A.getDatabaseConnection();
-    // The walk the other way of one that kept its decisions: ordered by the same key, so that
-    // its last record, whose values are written into B, is one whose values it reads.
-    if (otherWay && otherWay->complete && own && !orderedBy.empty() &&
-        vb::LCase(orderedBy) == vb::LCase(matcher->columns_[0].name) && matcher->fitsOtherWay(*otherWay, *own)) {
+    // The walk the other way of one that kept its decisions, ordered by the same key or not
+    // ordered at all: its keys must rise, so that its last record, whose values are written into
+    // B, is one under B's greatest key, whose values it reads.
+    if (otherWay && otherWay->complete && own &&
+        (orderedBy.empty() || vb::LCase(orderedBy) == vb::LCase(matcher->columns_[0].name)) &&
+        matcher->fitsOtherWay(*otherWay, *own)) {
       matcher->usingOtherWay_ = otherWay;
       return matcher;
     }

@@ -277,7 +277,8 @@ Side connectedSide(const std::string& connectionString, const std::string& table
 }
 
 // One run of every record walk over the pair: the control's single-table compare, the buffered
-// compare both ways and a window both ways, on the same two sides one after the other.
+// compare each way on its own and both ways as the control runs it, and a window each way, on the
+// same two sides one after the other.
 Outcome runWalks(TestDatabase& m, TestDatabase& s, const std::string& table, const std::string& fields,
                  const std::string& orderBy, int32_t start, int32_t amount, bool literal) {
   engine::setLiteralRecordMatching(literal);
@@ -311,6 +312,8 @@ Outcome runWalks(TestDatabase& m, TestDatabase& s, const std::string& table, con
   keep("the buffered compare of the master");
   engine::compareBufferedRecords(*source, *master, control, "Reading Modified");
   keep("the buffered compare of the source");
+  engine::compareBufferedRecordsBothWays(*master, *source, control, "Reading Original", "Reading Modified");
+  keep("the buffered compare both ways");
   engine::compareRecordWindow(*master, *source, control, "Reading Original", start, amount);
   keep("the window of the master");
   engine::compareRecordWindow(*source, *master, control, "Reading Modified", start, amount);
