@@ -52,18 +52,42 @@ bool isTextType(int32_t type, ado::EngineFamily engine) {
   }
 }
 
-bool isValidUtf8(const std::string& text) {
+// What a text holds that matters to its literal, found in one pass.
+struct TextTraits {
+  bool valid = true;       // UTF-8 without NUL
+  bool backslash = false;
+  bool wildcard = false;   // % or _
+};
+
+TextTraits traitsOf(const std::string& text) {
+  TextTraits traits;
   size_t i = 0;
   const size_t n = text.size();
   while (i < n) {
     const auto c = static_cast<unsigned char>(text[i]);
-    size_t length = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
-    if (length == 0 || i + length > n) return false;
-    for (size_t k = 1; k < length; ++k)
-      if ((static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80) return false;
+    if (c < 0x80) {
+      if (c <= '_') {  // the characters looked for are all at or below '_'
+        if (c == 0) {
+          traits.valid = false;
+          return traits;
+        }
+        traits.backslash = traits.backslash || c == '\\';
+        traits.wildcard = traits.wildcard || c == '%' || c == '_';
+      }
+      ++i;
+      continue;
+    }
+    const size_t length = (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
+    bool sequence = length != 0 && i + length <= n;
+    for (size_t k = 1; sequence && k < length; ++k)
+      sequence = (static_cast<unsigned char>(text[i + k]) & 0xC0) == 0x80;
+    if (!sequence) {
+      traits.valid = false;
+      return traits;
+    }
     i += length;
   }
-  return true;
+  return traits;
 }
 
 void appendBytes(std::string& key, const void* data, size_t size) {
@@ -432,9 +456,11 @@ RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
   }
   haveKey_ = true;
   walkKey_ = *key;
-  if (collecting_) keepOwnRecordForOtherWay();
   const Decision decision = decideAgainstGroup(covered);
-  if (collecting_ && decision == Decision::Match) markOtherWayMatches();
+  if (collecting_) {
+    if (decision == Decision::Match) markOtherWayMatches();
+    keepOwnRecordForOtherWay();
+  }
   return decision;
 }
 
@@ -457,7 +483,20 @@ RecordMatcher::Decision RecordMatcher::decideAgainstGroup(bool covered) {
   return Decision::NoMatch;
 }
 
+bool RecordMatcher::groupCertainOtherWay() const {
+  if (groupUncertain_) return false;
+  for (size_t g = 0; g < groupSize_; ++g)
+    if (!group_[g].matchedOtherWay) return false;
+  return true;
+}
+
 void RecordMatcher::keepOwnRecordForOtherWay() {
+  // Once every record of B under the key is matched the other way, A's records under it are not
+  // needed: most keys keep none.
+  if (groupCertainOtherWay()) {
+    ownGroupSize_ = 0;
+    return;
+  }
   if (ownGroupSize_ == ownGroup_.size()) ownGroup_.emplace_back();
   std::vector<vb::Variant>& kept = ownGroup_[ownGroupSize_++];
   kept.resize(tested_.size());
@@ -480,9 +519,7 @@ void RecordMatcher::markOtherWayMatches() {
 
 void RecordMatcher::closeOtherWayGroup() {
   // B's records with the key A's walk leaves: A's records with it are all seen.
-  bool certain = !groupUncertain_;
-  for (size_t g = 0; certain && g < groupSize_; ++g) certain = group_[g].matchedOtherWay;
-  if (!certain &&
+  if (!groupCertainOtherWay() &&
       !otherWay_->addUncertainKey(walkKey_, OtherWay::Records(ownGroup_.begin(), ownGroup_.begin() + static_cast<std::ptrdiff_t>(ownGroupSize_)))) {
     stopCollecting();
     return;
@@ -734,7 +771,7 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
       appendInteger(part, *integer);
     } else if (value.type() == vb::VarType::Double) {
       // The literal is the shortest text of the double; the engine reads it back its own way.
-      auto read = otherConnection_->NumericLiteralValue(value.toText());
+      auto read = otherConnection_->DoubleLiteralValue(value.toDouble());
       if (!read) return false;
       appendNumber(part, *read);
     } else {
@@ -745,13 +782,13 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
   }
   if (value.type() != vb::VarType::String) return false;
   const std::string& text = value.asString();
-  if (text.size() > kLongestText || text.find('\0') != std::string::npos || !isValidUtf8(text))
-    return false;
+  if (text.size() > kLongestText) return false;
+  const TextTraits traits = traitsOf(text);
+  if (!traits.valid) return false;
   // Backslash escapes in MariaDB's literals, and in like patterns on both servers.
-  if (engine_ != ado::EngineFamily::SQLite && text.find('\\') != std::string::npos) return false;
+  if (engine_ != ado::EngineFamily::SQLite && traits.backslash) return false;
   appendText(keys_->strict, text);
-  const bool wildcard = column.compare == Compare::Like && text.find_first_of("%_") != std::string::npos;
-  keys_->wildcard = keys_->wildcard || wildcard;
+  keys_->wildcard = keys_->wildcard || (column.compare == Compare::Like && traits.wildcard);
   addLooseText(column, text);
   return true;
 }

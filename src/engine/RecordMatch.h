@@ -130,6 +130,9 @@ class RecordMatcher {
   std::vector<size_t> testedPositions() const;
   // The first walk of a pair: keeps what the walk the other way needs (while collecting_).
   void closeOtherWayGroup();
+  // Whether every record of B in group_ is matched the other way (then nothing is kept).
+  bool groupCertainOtherWay() const;
+  // Keeps A's current record for the other way, unless the group is certain already.
   void keepOwnRecordForOtherWay();
   void markOtherWayMatches();
   void stopCollecting();

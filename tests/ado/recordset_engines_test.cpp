@@ -1,10 +1,14 @@
 // The record set's behaviour, written once and run on every engine.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
+#include <random>
 #include <fstream>
 #include <set>
 
 #include "AdoTestSupport.h"
+#include "varsentix/platform/vb/Conversions.h"
 #include "varsentix/platform/vb/VBError.h"
 
 using namespace varsentix;
@@ -551,6 +555,44 @@ TEST_P(RecordsetOnEngine, SaveOntoAnExistingFileFailsAndLeavesItUnchanged) {
   std::string content((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   EXPECT_EQ(content, "keep me");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+}
+
+TEST_P(RecordsetOnEngine, ADoublesShortestTextIsReadBackAsTheEngineReadsIt) {
+  ADO_TEST_DATABASE(db, engine());
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open(db->connectionString());
+  std::vector<double> values{0.0, -0.0, 0.1, 0.3, 0.1 + 0.2, 1.0 / 3, 1e20, 1e-7, 5.0, 123.45, -2.5, 1e300, 1e301,
+                             1e-300, 1e-301, 5e-324, 1.7976931348623157e308, 0.888625687032014, 0.755416097245939,
+                             9007199254740993.0, std::nan(""), INFINITY, -INFINITY};
+  std::mt19937_64 random(42);
+  for (int i = 0; i < 300; ++i) {
+    values.push_back(std::uniform_real_distribution<double>(-1000, 1000)(random));
+    values.push_back(std::round(std::uniform_real_distribution<double>(-1e6, 1e6)(random)) / 100);
+    const uint64_t bits = random();
+    double any;
+    std::memcpy(&any, &bits, sizeof any);
+    values.push_back(any);
+  }
+  int checkedByTheEngine = 0;
+  for (double value : values) {
+    const std::string literal = vb::CStr(value);
+    const auto predicted = cn->DoubleLiteralValue(value);
+    const auto fromText = cn->NumericLiteralValue(literal);
+    ASSERT_EQ(predicted.has_value(), fromText.has_value()) << literal;
+    if (!predicted) continue;
+    const double a = *predicted, b = *fromText;
+    EXPECT_EQ(std::memcmp(&a, &b, sizeof a), 0) << literal;
+    // What the engine itself reads the literal as, where the provider says it knows.
+    const std::string sql = engine() == Engine::PostgreSQL ? "select (" + literal + ")::float8" : "select " + literal;
+    if (engine() != Engine::SQLite && engine() != Engine::PostgreSQL) continue;
+    auto rs = open(cn, sql);
+    const double read = rs->field(0).Value().toDouble();
+    EXPECT_EQ(read, *predicted) << literal;
+    ++checkedByTheEngine;
+  }
+  if (engine() == Engine::SQLite || engine() == Engine::PostgreSQL) {
+    EXPECT_GT(checkedByTheEngine, 500);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, RecordsetOnEngine, ::testing::ValuesIn(adoEngines()),

@@ -73,6 +73,10 @@ std::optional<double> Connection::NumericLiteralValue(const std::string& literal
   return session_ ? session_->numericLiteralValue(literal) : std::nullopt;
 }
 
+std::optional<double> Connection::DoubleLiteralValue(double value) {
+  return session_ ? session_->doubleLiteralValue(value) : std::nullopt;
+}
+
 vb::Ref<Connection> Connection::OpenJoinedReader(Connection& other) {
   if (!session_ || !other.session_) return {};
   auto joined = session_->openJoinedReader(*other.session_);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/ado/ConnectionString.h"
+#include "varsentix/platform/vb/Conversions.h"
 #include "varsentix/platform/ado/Enums.h"
 #include "varsentix/platform/vb/Variant.h"
 
@@ -87,6 +88,9 @@ class ProviderSession {
   // The number the engine makes of an unquoted numeric literal in a statement, when the
   // provider can tell it exactly without a statement of its own; nullopt otherwise.
   virtual std::optional<double> numericLiteralValue(const std::string& /*literal*/) { return std::nullopt; }
+  // The same for the literal of a double written as its shortest text (vb::CStr); providers
+  // that know the answer without making the text override it.
+  virtual std::optional<double> doubleLiteralValue(double value) { return numericLiteralValue(vb::CStr(value)); }
   // A second, read-only session on this session's database with other's database attached
   // under the name "varsentix_other", so that one statement reads both; nullptr when the
   // provider cannot give one (see Connection::OpenJoinedReader).

@@ -42,6 +42,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // The number the engine makes of the unquoted numeric literal text in a statement, when the
   // provider can tell it exactly without running one; nullopt otherwise or when closed.
   std::optional<double> NumericLiteralValue(const std::string& literal);
+  // NumericLiteralValue(vb::CStr(value)): what the engine makes of the double's shortest text.
+  std::optional<double> DoubleLiteralValue(double value);
   // A second, read-only connection to this connection's database with other's database
   // attached under the name "varsentix_other", so that one statement can read both sides (a
   // comparison pushed into the engine). Nothing when the provider cannot give one: other

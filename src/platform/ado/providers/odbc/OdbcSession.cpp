@@ -176,6 +176,7 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   std::string quoteIdentifier(const std::string& name) const override;
   EngineFamily engineFamily() const override;
   std::optional<double> numericLiteralValue(const std::string& literal) override;
+  std::optional<double> doubleLiteralValue(double value) override;
 
   // For the cursor.
   const odbc::OdbcApi& api() const { return api_; }
@@ -799,6 +800,15 @@ std::optional<double> OdbcSession::numericLiteralValue(const std::string& litera
   return value;
 }
 
+std::optional<double> OdbcSession::doubleLiteralValue(double value) {
+  // The shortest text of a double reads back as the double: what numericLiteralValue makes of it
+  // without making it.
+  if (dbms_ != Dbms::PostgreSQL || !std::isfinite(value)) return std::nullopt;
+  const double magnitude = std::fabs(value);
+  if (magnitude != 0 && (magnitude < 1e-300 || magnitude > 1e300)) return std::nullopt;
+  return value;
+}
+
 std::string OdbcSession::quoteIdentifier(const std::string& name) const {
   if (quote_.empty()) return name;
   std::string quoted = quote_;
@@ -1386,6 +1396,7 @@ class SessionHandle final : public ProviderSession {
   std::optional<double> numericLiteralValue(const std::string& literal) override {
     return s_->numericLiteralValue(literal);
   }
+  std::optional<double> doubleLiteralValue(double value) override { return s_->doubleLiteralValue(value); }
 
  private:
   std::shared_ptr<OdbcSession> s_;

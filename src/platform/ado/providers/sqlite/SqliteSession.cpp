@@ -404,7 +404,8 @@ namespace {
 // nearest double: a double-rounding error needs the long double quotient to fall on a midpoint
 // between doubles, at most 2^-64 relative from d / 10^k, while a midpoint differs from it by at
 // least 2^-53 / 10^k relative (its numerator is a non-zero integer), and 10^k < 2^11.
-std::optional<double> nearestWhenExact(const std::string& literal) {
+bool readsAsNearest(std::string_view literal) {
+  if (literal.empty()) return false;
   size_t digits = 0, fraction = 0;
   bool point = false;
   for (size_t i = literal[0] == '-' ? 1 : 0; i < literal.size(); ++i) {
@@ -415,10 +416,14 @@ std::optional<double> nearestWhenExact(const std::string& literal) {
       ++digits;
       if (point) ++fraction;
     } else {
-      return std::nullopt;
+      return false;
     }
   }
-  if (digits == 0 || digits > 15 || fraction > 3) return std::nullopt;
+  return digits != 0 && digits <= 15 && fraction <= 3;
+}
+
+std::optional<double> nearestWhenExact(const std::string& literal) {
+  if (!readsAsNearest(literal)) return std::nullopt;
   double value = 0;
   const char* end = literal.data() + literal.size();
   auto [ptr, ec] = std::from_chars(literal.data(), end, value);
@@ -446,6 +451,17 @@ std::optional<double> SqliteSession::numericLiteralValue(const std::string& lite
   sqlite3_reset(literalStatement_);
   sqlite3_clear_bindings(literalStatement_);
   return value;
+}
+
+std::optional<double> SqliteSession::doubleLiteralValue(double value) {
+  if (!std::isfinite(value)) return std::nullopt;  // "NaN", "Infinity": no numeric literal
+  char buffer[64];
+  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
+  if (ec != std::errc()) return numericLiteralValue(vb::CStr(value));
+  const std::string_view text(buffer, static_cast<size_t>(end - buffer));
+  // Read as the nearest double, the shortest text is the double itself.
+  if (readsAsNearest(text)) return value;
+  return numericLiteralValue(std::string(text));
 }
 
 void SqliteSession::raiseLastError(int resultCode) const {
@@ -484,7 +500,7 @@ void exactLiteral(sqlite3_context* context, int /*argc*/, sqlite3_value** argv) 
     case SQLITE_FLOAT:
       if (kind == 'D') {
         const double stored = sqlite3_value_double(value);
-        const auto read = session->numericLiteralValue(vb::Variant(stored).toText());
+        const auto read = session->doubleLiteralValue(stored);
         exact = read.has_value() && *read == stored;
       }
       break;

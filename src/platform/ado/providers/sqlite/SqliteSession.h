@@ -86,6 +86,7 @@ class SqliteSession : public ProviderSession {
   std::string quoteIdentifier(const std::string& name) const override;
   EngineFamily engineFamily() const override;
   std::optional<double> numericLiteralValue(const std::string& literal) override;
+  std::optional<double> doubleLiteralValue(double value) override;
   // Both sides native SQLite databases in files, neither inside a transaction nor holding
   // temporary tables (which would hide a table of the same name from the joined reader). The
   // reader has the function varsentix_exact_literal(value, kind), see the .cpp file.
