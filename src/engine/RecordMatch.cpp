@@ -414,7 +414,7 @@ bool RecordMatcher::readGroup(int64_t key) {
       std::vector<vb::Variant>& values = group_[groupSize_].values;
       values.resize(columns_.size());
       int32_t position = 0;
-      for (size_t c : tested_) values[c] = mergeRows_->field(position++).Value();
+      for (size_t c : tested_) mergeRows_->ValueInto(position++, values[c]);
       keyGroupSlot();
     } else if (collecting_ && !otherWay_->addUncertainKey(*otherKey)) {
       // A record of B under a key A does not have: the walk the other way decides it.
@@ -588,7 +588,8 @@ bool RecordMatcher::fitsOtherWay(const OtherWay& otherWay, const ado::Connection
 
 RecordMatcher::Decision RecordMatcher::decideOtherWay(ado::Recordset& records) {
   const OtherWay& way = *usingOtherWay_;
-  const auto key = integerOf(records.field(columns_[0].index).Value());
+  records.ValueInto(columns_[0].index, keyValue_);
+  const auto key = integerOf(keyValue_);
   if (!key || (haveKey_ && *key < walkKey_) || !way.haveLastKey || *key > way.lastKey) {
     // Not the records the first walk read (the table changed in between): the hashes decide
     // from here on.
@@ -868,9 +869,9 @@ bool RecordMatcher::readOwnValues(ado::Recordset& records) {
   for (size_t c = 0; c < columns_.size(); ++c) {
     const Column& column = columns_[c];
     if (column.excluded) continue;
-    vb::Variant value = records.field(column.index).Value();
+    vb::Variant& value = lastValues_[c];
+    records.ValueInto(column.index, value);
     if (covered) covered = addOwnValue(column, value);
-    lastValues_[c] = std::move(value);
   }
   strictOnly_ = false;
   return covered;

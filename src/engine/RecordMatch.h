@@ -237,6 +237,7 @@ class RecordMatcher {
   bool haveGroupKey_ = false;
   int64_t groupKey_ = 0;
   size_t nextUncertain_ = 0;  // the first of the uncertain keys not before the walk's key
+  vb::Variant keyValue_;      // the key of the record read last
 };
 
 // What the first walk of a compare in both directions keeps for the second.

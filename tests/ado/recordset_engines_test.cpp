@@ -557,17 +557,50 @@ TEST_P(RecordsetOnEngine, SaveOntoAnExistingFileFailsAndLeavesItUnchanged) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }
 
+TEST_P(RecordsetOnEngine, ValueIntoReadsWhatFieldValueReadsIntoTheSameVariantRowAfterRow) {
+  ADO_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE v (id INTEGER, name VARCHAR(60), amount " + ddlFor(engine()).floating + ")");
+  db->exec("INSERT INTO v VALUES (1, 'a text longer than the sixteen bytes kept inline', 1.5), (2, NULL, NULL), "
+           "(3, 'short', -0.25), (4, '', 7), (5, 'another text longer than sixteen bytes', 2.75)");
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open(db->connectionString());
+  for (auto cursor : {adOpenForwardOnly, adOpenStatic}) {
+    auto rs = open(cn, "select id, name, amount from v order by id", cursor);
+    std::vector<vb::Variant> reused(3);
+    int rows = 0;
+    for (; !rs->isEOF(); rs->MoveNext(), ++rows) {
+      for (int32_t i = 0; i < 3; ++i) {
+        rs->ValueInto(i, reused[static_cast<size_t>(i)]);
+        const vb::Variant value = rs->field(i).Value();
+        EXPECT_EQ(reused[static_cast<size_t>(i)].type(), value.type()) << rows << " " << i;
+        EXPECT_EQ(reused[static_cast<size_t>(i)].isNull() ? "Null" : reused[static_cast<size_t>(i)].toText(),
+                  value.isNull() ? "Null" : value.toText())
+            << rows << " " << i;
+      }
+    }
+    EXPECT_EQ(rows, 5);
+    vb::Variant out;
+    EXPECT_EQ(expectVBError([&] { rs->ValueInto(0, out); }).number(), vb::errnum::NoCurrentRecord);
+    rs->MoveFirst();
+    EXPECT_EQ(expectVBError([&] { rs->ValueInto(3, out); }).number(), vb::errnum::ItemNotFound);
+  }
+}
+
 TEST_P(RecordsetOnEngine, ADoublesShortestTextIsReadBackAsTheEngineReadsIt) {
   ADO_TEST_DATABASE(db, engine());
   auto cn = vb::Ref<Connection>::make();
   cn->Open(db->connectionString());
   std::vector<double> values{0.0, -0.0, 0.1, 0.3, 0.1 + 0.2, 1.0 / 3, 1e20, 1e-7, 5.0, 123.45, -2.5, 1e300, 1e301,
                              1e-300, 1e-301, 5e-324, 1.7976931348623157e308, 0.888625687032014, 0.755416097245939,
-                             9007199254740993.0, std::nan(""), INFINITY, -INFINITY};
+                             9007199254740993.0, std::nan(""), INFINITY, -INFINITY, 999999.999, -999999.999,
+                             0.001, 0.005, 100000.0, 100000.5, 1e6 - 0.001, 1e6 + 0.5};
   std::mt19937_64 random(42);
   for (int i = 0; i < 300; ++i) {
     values.push_back(std::uniform_real_distribution<double>(-1000, 1000)(random));
     values.push_back(std::round(std::uniform_real_distribution<double>(-1e6, 1e6)(random)) / 100);
+    values.push_back(std::round(std::uniform_real_distribution<double>(-1e9, 1e9)(random)) / 1000);
+    values.push_back(static_cast<double>(random() % 10) / 1000);
+    values.push_back(std::nextafter(values.back(), 1.0));
     const uint64_t bits = random();
     double any;
     std::memcpy(&any, &bits, sizeof any);

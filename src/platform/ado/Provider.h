@@ -44,6 +44,8 @@ class RowCursor {
   virtual bool supportsValueAt() const { return false; }
   virtual bool advance() { return false; }
   virtual vb::Variant valueAt(size_t /*column*/) { return {}; }
+  // valueAt(column) into out; cursors that can reuse out's room (its text) override it.
+  virtual void valueInto(size_t column, vb::Variant& out) { out = valueAt(column); }
 };
 
 // One open session. All SQL handed to a session is in the system's dialect: [bracketed]

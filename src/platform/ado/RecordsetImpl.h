@@ -63,6 +63,17 @@ class RecordsetImpl {
     }
     return valueSlowly(index);
   }
+  // value(index) into out, reusing out's room where the cursor can.
+  void valueInto(int32_t index, vb::Variant& out) const {
+    if (open_ && !bof_ && !eof_ && editMode_ == adEditNone && index >= 0 &&
+        static_cast<size_t>(index) < columns_.size()) {
+      if (inMemory_) out = rows_[static_cast<size_t>(pos_)][static_cast<size_t>(index)];
+      else if (!materialized_) cursor_->valueInto(static_cast<size_t>(index), out);
+      else out = current_[static_cast<size_t>(index)];
+      return;
+    }
+    out = valueSlowly(index);
+  }
   vb::Variant originalValue(int32_t index) const;
   void setValue(int32_t index, const vb::Variant& value);
 

@@ -100,6 +100,9 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   // rs.Fields(i) and rs.Fields("name"): field(i), field("name").
   Field field(int32_t index);
   Field field(const std::string& name);
+  // field(index).Value() read into out: out's room (its text) is reused where the provider can,
+  // so a walk that reads the same columns row after row does not allocate for them.
+  void ValueInto(int32_t index, vb::Variant& out);
 
   // Starts a new row in the edit buffer; Update inserts it.
   void AddNew();

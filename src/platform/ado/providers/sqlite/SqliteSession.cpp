@@ -299,6 +299,9 @@ class SqliteCursor : public RowCursor {
     return convertValue(sqlite3_column_value(stmt_.get(), static_cast<int>(column)),
                         columns_[column], textColumns_[column]);
   }
+  void valueInto(size_t column, vb::Variant& out) override {
+    readValue(stmt_.get(), static_cast<int>(column), columns_[column], textColumns_[column], out);
+  }
   bool fetch(std::vector<vb::Variant>& row) override {
     if (!advance()) return false;
     row.resize(columns_.size());
@@ -455,6 +458,13 @@ std::optional<double> SqliteSession::numericLiteralValue(const std::string& lite
 
 std::optional<double> SqliteSession::doubleLiteralValue(double value) {
   if (!std::isfinite(value)) return std::nullopt;  // "NaN", "Infinity": no numeric literal
+  // A double below a million, not whole, that is the nearest to some thousandths: its shortest
+  // text has no exponent (the fixed form is the shorter), at most 3 decimals and 9 digits, and
+  // reads back as itself. Amounts mostly are such; no text need be made for them.
+  if (std::fabs(value) < 1e6 && std::trunc(value) != value) {
+    const double thousandths = std::nearbyint(value * 1000);
+    if (thousandths / 1000 == value) return value;
+  }
   char buffer[64];
   const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
   if (ec != std::errc()) return numericLiteralValue(vb::CStr(value));
