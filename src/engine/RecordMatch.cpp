@@ -399,24 +399,30 @@ bool RecordMatcher::loadGroup(int64_t key) {
   }
 }
 
+bool RecordMatcher::readOtherKey() {
+  mergeRows_->ValueInto(0, otherKeyValue_);
+  const auto otherKey = integerOf(otherKeyValue_);
+  // Null or another kind of value first, or an order the integers do not follow: not a merge.
+  if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
+  haveOtherKey_ = true;
+  otherKey_ = *otherKey;
+  return true;
+}
+
 bool RecordMatcher::readGroup(int64_t key) {
   groupSize_ = 0;
   groupUncertain_ = false;
   while (!mergeRows_->isEOF()) {
-    const auto otherKey = integerOf(mergeRows_->field(0).Value());
-    // Null or another kind of value first, or an order the integers do not follow: not a merge.
-    if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
-    haveOtherKey_ = true;
-    otherKey_ = *otherKey;
-    if (*otherKey > key) break;
-    if (*otherKey == key) {
+    if (!readOtherKey()) return false;
+    if (otherKey_ > key) break;
+    if (otherKey_ == key) {
       if (groupSize_ == group_.size()) group_.emplace_back();
       std::vector<vb::Variant>& values = group_[groupSize_].values;
       values.resize(columns_.size());
       int32_t position = 0;
       for (size_t c : tested_) mergeRows_->ValueInto(position++, values[c]);
       keyGroupSlot();
-    } else if (collecting_ && !otherWay_->addUncertainKey(*otherKey)) {
+    } else if (collecting_ && !otherWay_->addUncertainKey(otherKey_)) {
       // A record of B under a key A does not have: the walk the other way decides it.
       stopCollecting();
     }
@@ -536,11 +542,8 @@ void RecordMatcher::stopCollecting() {
 bool RecordMatcher::readRestOfOtherSide() {
   // Past A's last key: records of B under keys A does not have.
   while (!mergeRows_->isEOF()) {
-    const auto otherKey = integerOf(mergeRows_->field(0).Value());
-    if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
-    haveOtherKey_ = true;
-    otherKey_ = *otherKey;
-    if ((!haveKey_ || *otherKey != walkKey_) && !otherWay_->addUncertainKey(*otherKey)) return false;
+    if (!readOtherKey()) return false;
+    if ((!haveKey_ || otherKey_ != walkKey_) && !otherWay_->addUncertainKey(otherKey_)) return false;
     mergeRows_->MoveNext();
   }
   return true;

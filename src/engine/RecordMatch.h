@@ -153,6 +153,9 @@ class RecordMatcher {
   // Runs body with the add* functions keying into other_, leaving A's keys as they were.
   bool keyingOtherSide(const std::function<bool()>& body);
   bool readGroup(int64_t key);
+  // Reads the key of B's current record into otherKey_; false when it is not an integer or
+  // comes before the one read last.
+  bool readOtherKey();
   std::string testedColumnsSelect() const;
   // Leaves the merge for the hashes (or for the engine when they cannot be made).
   void leaveMerge();
@@ -238,6 +241,7 @@ class RecordMatcher {
   int64_t groupKey_ = 0;
   size_t nextUncertain_ = 0;  // the first of the uncertain keys not before the walk's key
   vb::Variant keyValue_;      // the key of the record read last
+  vb::Variant otherKeyValue_;  // the key of B's record read last
 };
 
 // What the first walk of a compare in both directions keeps for the second.

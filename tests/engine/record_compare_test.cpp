@@ -44,6 +44,16 @@ std::vector<vb::Ref<clsResultSet>> valueRows(clsDBManager& side) {
   return out;
 }
 
+// Every result row and both sides' messages, statements and where clauses.
+std::vector<std::string> outcomeOf(Pair& p) {
+  std::vector<std::string> out;
+  for (auto* side : {&p.master, &p.source}) {
+    for (const auto& row : *(*side)->getResults()) out.push_back(row->toString());
+    out.push_back((*side)->getReturnSQLMessage() + " | " + (*side)->getSql() + " | " + (*side)->getWhereClause());
+  }
+  return out;
+}
+
 // Both walks of a pair ordered by field: every result row and both sides' messages and
 // statements, with the records decided fast or each by its match query. bothWays: as one compare
 // in both directions (the second walk may use what the first kept), else two single walks.
@@ -60,12 +70,7 @@ std::vector<std::string> orderedWalks(TestDatabase& m, TestDatabase& s, const st
     engine::compareTableRecords(*p.source, *p.master);
   }
   engine::setLiteralRecordMatching(false);
-  std::vector<std::string> out;
-  for (auto* side : {&p.master, &p.source}) {
-    for (const auto& row : *(*side)->getResults()) out.push_back(row->toString());
-    out.push_back((*side)->getReturnSQLMessage() + " | " + (*side)->getSql() + " | " + (*side)->getWhereClause());
-  }
-  return out;
+  return outcomeOf(p);
 }
 
 }  // namespace
@@ -203,11 +208,7 @@ std::vector<std::string> bufferedWalks(TestDatabase& m, TestDatabase& s, bool li
     engine::compareBufferedRecords(*p.source, *p.master, control, "Reading Modified");
   }
   engine::setLiteralRecordMatching(false);
-  std::vector<std::string> out;
-  for (auto* side : {&p.master, &p.source}) {
-    for (const auto& row : *(*side)->getResults()) out.push_back(row->toString());
-    out.push_back((*side)->getReturnSQLMessage() + " | " + (*side)->getSql() + " | " + (*side)->getWhereClause());
-  }
+  std::vector<std::string> out = outcomeOf(p);
   for (const auto& event : recorder.events)
     out.push_back(std::to_string(event.count) + "/" + std::to_string(event.maxCount) + " " + event.readFrom);
   return out;
