@@ -480,8 +480,7 @@ RecordMatcher::Decision RecordMatcher::decideAgainstGroup(bool covered) {
   for (size_t g = 0; g < groupSize_; ++g) {
     const bool same = keyingOtherSide([&] {
       clearKeys();
-      for (size_t c = 0; c < columns_.size(); ++c)
-        if (!columns_[c].excluded) addOtherValue(columns_[c], group_[g].values[c]);
+      for (size_t c : tested_) addOtherValue(columns_[c], group_[g].values[c]);
       return own_.wildcard ? other_.looseWithoutLike == own_.looseWithoutLike : other_.loose == own_.loose;
     });
     if (same) return Decision::AskEngine;
@@ -525,10 +524,12 @@ void RecordMatcher::markOtherWayMatches() {
 
 void RecordMatcher::closeOtherWayGroup() {
   // B's records with the key A's walk leaves: A's records with it are all seen.
-  if (!groupCertainOtherWay() &&
-      !otherWay_->addUncertainKey(walkKey_, OtherWay::Records(ownGroup_.begin(), ownGroup_.begin() + static_cast<std::ptrdiff_t>(ownGroupSize_)))) {
-    stopCollecting();
-    return;
+  if (!groupCertainOtherWay()) {
+    const auto end = ownGroup_.begin() + static_cast<std::ptrdiff_t>(ownGroupSize_);
+    if (!otherWay_->addUncertainKey(walkKey_, OtherWay::Records(ownGroup_.begin(), end))) {
+      stopCollecting();
+      return;
+    }
   }
   ownGroupSize_ = 0;
 }
@@ -579,10 +580,9 @@ bool RecordMatcher::fitsOtherWay(const OtherWay& otherWay, const ado::Connection
   // This walk goes from the first one's B to its A, over the same table and tested columns.
   if (otherWay.ownConnection != &*otherConnection_ || otherWay.otherConnection != &own) return false;
   if (otherWay.engine != engine_ || otherWay.table != table_) return false;
-  const std::vector<size_t> tested = testedPositions();
-  if (tested.size() != otherWay.tested.size() || tested.empty() || tested[0] != 0) return false;
-  for (size_t t = 0; t < tested.size(); ++t) {
-    const Column& mine = columns_[tested[t]];
+  if (tested_.size() != otherWay.tested.size() || tested_.empty() || tested_[0] != 0) return false;
+  for (size_t t = 0; t < tested_.size(); ++t) {
+    const Column& mine = columns_[tested_[t]];
     const Column& theirs = otherWay.tested[t];
     if (mine.name != theirs.name || mine.kind != theirs.kind || mine.compare != theirs.compare) return false;
   }
