@@ -253,9 +253,18 @@ class OdbcCursor final : public RowCursor {
   }
   const std::vector<ColumnInfo>& columns() const override { return columns_; }
   bool fetch(std::vector<vb::Variant>& row) override;
+  // Values are read from the driver when first asked for, and kept for the rest of the row: a
+  // walk that reads one column of a row does not pay for converting the others.
+  bool supportsValueAt() const override { return true; }
+  bool advance() override;
+  vb::Variant valueAt(size_t column) override { return valueOf(column); }
+  void valueInto(size_t column, vb::Variant& out) override { out = valueOf(column); }
 
  private:
   void describe();
+  // The current row's value in column, read now if it was not yet. Drivers need not let
+  // SQLGetData go back to an earlier column, so the columns before it are read (and kept) too.
+  const vb::Variant& valueOf(size_t column);
   void read(size_t index, vb::Variant& out);
   // Reads a text value in pieces; false for NULL.
   bool readText(SQLUSMALLINT column, std::string& out, bool forceNarrow = false);
@@ -277,6 +286,9 @@ class OdbcCursor final : public RowCursor {
   std::vector<Reader> readers_;
   bool done_ = false;
   std::vector<char> piece_ = std::vector<char>(kPieceBytes);
+  std::vector<vb::Variant> row_;  // the current row's values read so far: row_[0, read_)
+  size_t read_ = 0;
+  bool onRow_ = false;
 };
 
 void OdbcCursor::describe() {
@@ -331,7 +343,9 @@ void OdbcCursor::describe() {
   }
 }
 
-bool OdbcCursor::fetch(std::vector<vb::Variant>& row) {
+bool OdbcCursor::advance() {
+  onRow_ = false;
+  read_ = 0;
   if (done_) return false;
   SQLRETURN rc = api_.SQLFetch(stmt_->handle);
   if (rc == SQL_NO_DATA) {
@@ -343,8 +357,21 @@ bool OdbcCursor::fetch(std::vector<vb::Variant>& row) {
     done_ = true;
     session_.raise(SQL_HANDLE_STMT, stmt_->handle, "");
   }
+  row_.resize(columns_.size());
+  onRow_ = true;
+  return true;
+}
+
+const vb::Variant& OdbcCursor::valueOf(size_t column) {
+  if (!onRow_ || column >= columns_.size()) throw vb::VBError(vb::errnum::NoCurrentRecord);
+  for (; read_ <= column; ++read_) read(read_, row_[read_]);
+  return row_[column];
+}
+
+bool OdbcCursor::fetch(std::vector<vb::Variant>& row) {
+  if (!advance()) return false;
   row.resize(columns_.size());
-  for (size_t i = 0; i < columns_.size(); ++i) read(i, row[i]);
+  for (size_t i = 0; i < columns_.size(); ++i) row[i] = valueOf(i);
   return true;
 }
 
