@@ -131,7 +131,8 @@ class RecordLookup {
   void compareDecidedRecord(bool matched, int16_t columnCount) {
     int16_t k = 0;
     try {
-      A_.setReturnSQLMessage("Successfully Completed");
+      static const std::string completed = "Successfully Completed";  // made once, not per record
+      A_.setReturnSQLMessage(completed);
       B_.appendReturnSQLMessage(" Successfully Completed ||");
       if (!matched) {
         for (k = 0; k < columnCount; ++k) addValueRow(A_, 5, k, columnCount, &primaryKey());

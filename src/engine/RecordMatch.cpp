@@ -419,8 +419,8 @@ bool RecordMatcher::readGroup(int64_t key) {
       if (groupSize_ == group_.size()) group_.emplace_back();
       std::vector<vb::Variant>& values = group_[groupSize_].values;
       values.resize(columns_.size());
-      int32_t position = 0;
-      for (size_t c : tested_) mergeRows_->ValueInto(position++, values[c]);
+      values[tested_[0]] = otherKeyValue_;  // the statement's first column, read by readOtherKey
+      for (size_t t = 1; t < tested_.size(); ++t) mergeRows_->ValueInto(static_cast<int32_t>(t), values[tested_[t]]);
       keyGroupSlot();
     } else if (collecting_ && !otherWay_->addUncertainKey(otherKey_)) {
       // A record of B under a key A does not have: the walk the other way decides it.
@@ -434,14 +434,13 @@ bool RecordMatcher::readGroup(int64_t key) {
 bool RecordMatcher::keyGroupSlot() {
   GroupRecord& slot = group_[groupSize_];
   slot.matchedOtherWay = false;
-  clearKeys();
-  strictOnly_ = true;
+  slot.keyed = false;  // its strict key is made when a comparison needs it
+  keyless_ = true;
   bool covered = true;
   for (size_t c : tested_)
     if (!(covered = addOtherValue(columns_[c], slot.values[c]))) break;
-  strictOnly_ = false;
+  keyless_ = false;
   if (covered) {
-    slot.strict.assign(keys_->strict);
     ++groupSize_;
   } else {
     groupUncertain_ = true;
@@ -449,8 +448,40 @@ bool RecordMatcher::keyGroupSlot() {
   return covered;
 }
 
+const std::string& RecordMatcher::strictKeyOf(GroupRecord& slot) {
+  if (!slot.keyed) {
+    keyingOtherSide([&] {
+      clearKeys();
+      strictOnly_ = true;
+      for (size_t c : tested_) addOtherValue(columns_[c], slot.values[c]);
+      strictOnly_ = false;
+      slot.strict.assign(keys_->strict);
+      return true;
+    });
+    slot.keyed = true;
+  }
+  return slot.strict;
+}
+
+const std::string& RecordMatcher::ownStrictKey() {
+  if (!ownKeyed_) {
+    clearKeys();
+    strictOnly_ = true;
+    for (size_t c : tested_) addOwnValue(columns_[c], lastValues_[c]);
+    strictOnly_ = false;
+    ownKeyed_ = true;
+  }
+  return own_.strict;
+}
+
+bool RecordMatcher::sameValues(const GroupRecord& slot) const {
+  for (size_t c : tested_)
+    if (!sameValue(lastValues_[c], slot.values[c])) return false;
+  return true;
+}
+
 RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
-  const bool covered = readOwnValues(records);
+  const bool covered = readOwnValues(records, false);
   const auto key = integerOf(lastValues_[0]);
   const bool inOrder = key && (!haveKey_ || *key >= walkKey_);
   const bool newKey = inOrder && (!haveKey_ || *key != walkKey_);
@@ -472,8 +503,13 @@ RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
 
 RecordMatcher::Decision RecordMatcher::decideAgainstGroup(bool covered) {
   if (!covered) return Decision::AskEngine;
+  // Mostly B's record holds A's very values: their strict keys are then the same, unless a double
+  // of A reads back from its literal as another double.
+  if (ownExact_)
+    for (size_t g = 0; g < groupSize_; ++g)
+      if (sameValues(group_[g])) return Decision::Match;
   for (size_t g = 0; g < groupSize_; ++g)
-    if (group_[g].strict == own_.strict) return Decision::Match;
+    if (strictKeyOf(group_[g]) == ownStrictKey()) return Decision::Match;
   if (groupUncertain_) return Decision::AskEngine;
   if (!makeOwnKeys()) return Decision::AskEngine;
   // The loose keys of B's records, compared with A's the way the hashes compare them.
@@ -514,11 +550,8 @@ void RecordMatcher::markOtherWayMatches() {
   // B's record holds.
   for (size_t g = 0; g < groupSize_; ++g) {
     GroupRecord& other = group_[g];
-    if (other.matchedOtherWay || other.strict != own_.strict) continue;
-    bool same = true;
-    for (size_t c : tested_)
-      if (!(same = sameValue(lastValues_[c], other.values[c]))) break;
-    other.matchedOtherWay = same;
+    if (other.matchedOtherWay || !sameValues(other)) continue;
+    other.matchedOtherWay = ownExact_ || strictKeyOf(other) == ownStrictKey();
   }
 }
 
@@ -610,7 +643,7 @@ RecordMatcher::Decision RecordMatcher::decideOtherWay(ado::Recordset& records) {
     if (*key == way.lastKey) readOwnValues(records);
     return Decision::Match;
   }
-  const bool covered = readOwnValues(records);
+  const bool covered = readOwnValues(records, false);
   if (!haveGroupKey_ || groupKey_ != *key) {
     haveGroupKey_ = false;
     groupSize_ = 0;
@@ -746,11 +779,11 @@ bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value
     // compared by value.
     std::string part;
     if (auto integer = integerOf(value)) {
-      appendInteger(part, *integer);
+      if (!keyless_) appendInteger(part, *integer);
     } else if (value.type() == vb::VarType::Double &&
                (column.kind == Kind::Double || engine_ == ado::EngineFamily::SQLite) &&
                !std::isnan(value.toDouble())) {
-      appendNumber(part, value.toDouble());
+      if (!keyless_) appendNumber(part, value.toDouble());
     } else {
       return false;
     }
@@ -758,6 +791,7 @@ bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value
     return true;
   }
   if (value.type() != vb::VarType::String) return false;
+  if (keyless_) return true;
   const std::string& text = value.asString();
   appendText(keys_->strict, text);
   addLooseText(column, text);
@@ -772,12 +806,14 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
   if (column.kind != Kind::Text) {
     std::string part;
     if (auto integer = integerOf(value)) {
-      appendInteger(part, *integer);
+      if (!keyless_) appendInteger(part, *integer);
     } else if (value.type() == vb::VarType::Double) {
       // The literal is the shortest text of the double; the engine reads it back its own way.
-      auto read = otherConnection_->DoubleLiteralValue(value.toDouble());
+      const double stored = value.toDouble();
+      auto read = otherConnection_->DoubleLiteralValue(stored);
       if (!read) return false;
-      appendNumber(part, *read);
+      if (std::memcmp(&stored, &*read, sizeof stored) != 0) ownExact_ = false;
+      if (!keyless_) appendNumber(part, *read);
     } else {
       return false;
     }
@@ -791,6 +827,7 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
   if (!traits.valid) return false;
   // Backslash escapes in MariaDB's literals, and in like patterns on both servers.
   if (engine_ != ado::EngineFamily::SQLite && traits.backslash) return false;
+  if (keyless_) return true;
   appendText(keys_->strict, text);
   keys_->wildcard = keys_->wildcard || (column.compare == Compare::Like && traits.wildcard);
   addLooseText(column, text);
@@ -798,6 +835,7 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
 }
 
 void RecordMatcher::addToEveryKey(std::string_view part) {
+  if (keyless_) return;
   keys_->strict += part;
   if (strictOnly_) return;
   keys_->loose += part;
@@ -858,16 +896,21 @@ RecordMatcher::Decision RecordMatcher::decide(ado::Recordset& records) {
 
 bool RecordMatcher::makeOwnKeys() {
   clearKeys();
+  ownKeyed_ = false;
   for (size_t c = 0; c < columns_.size(); ++c)
     if (!columns_[c].excluded && !addOwnValue(columns_[c], lastValues_[c])) return false;
+  ownKeyed_ = true;
   return true;
 }
 
-bool RecordMatcher::readOwnValues(ado::Recordset& records) {
-  // Most records have their match: the strict key alone decides them. The loose keys are made
-  // only for a record it does not find.
+bool RecordMatcher::readOwnValues(ado::Recordset& records, bool strictKey) {
+  // Most records have their match: the strict key alone decides them, or, beside B's records
+  // with the same key, the values themselves. The loose keys are made only for a record that
+  // finds no match.
   clearKeys();
+  ownExact_ = true;
   strictOnly_ = true;
+  keyless_ = !strictKey;
   bool covered = true;
   for (size_t c = 0; c < columns_.size(); ++c) {
     const Column& column = columns_[c];
@@ -877,6 +920,8 @@ bool RecordMatcher::readOwnValues(ado::Recordset& records) {
     if (covered) covered = addOwnValue(column, value);
   }
   strictOnly_ = false;
+  keyless_ = false;
+  ownKeyed_ = strictKey && covered;
   return covered;
 }
 
@@ -887,7 +932,7 @@ RecordMatcher::Decision RecordMatcher::decideFromHashes(ado::Recordset& records)
 }
 
 RecordMatcher::Decision RecordMatcher::decideFromKeptValues() {
-  if (strict_.contains(hashKey(keys_->strict))) return Decision::Match;
+  if (strict_.contains(hashKey(ownStrictKey()))) return Decision::Match;
   if (!makeOwnKeys()) return Decision::AskEngine;
   const bool found = keys_->wildcard ? looseWithoutLike_.contains(looseHash(keys_->looseWithoutLike))
                                   : loose_.contains(looseHash(keys_->loose));

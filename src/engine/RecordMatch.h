@@ -165,7 +165,11 @@ class RecordMatcher {
   bool otherKindsMatch(ado::Recordset& rows) const;
   // Reads the tested values of A's current record and makes their strict key; false when the
   // engine must be asked.
-  bool readOwnValues(ado::Recordset& records);
+  // strictKey false: the values are read and judged, their strict key made only when asked for
+  // (ownStrictKey).
+  bool readOwnValues(ado::Recordset& records, bool strictKey = true);
+  // The strict key of A's values read last (covered), made now if it was not yet.
+  const std::string& ownStrictKey();
   // All keys of A's record from the values read last; false when the engine must be asked.
   bool makeOwnKeys();
   // The decision from the hashes for the values read last, their strict key made.
@@ -204,6 +208,9 @@ class RecordMatcher {
   Keys own_, other_;
   Keys* keys_ = &own_;
   bool strictOnly_ = false;  // while set, the add* functions make the strict key alone
+  bool keyless_ = false;     // while set, they only judge whether the value is covered
+  bool ownKeyed_ = false;    // own_.strict is the strict key of lastValues_
+  bool ownExact_ = true;     // every double of lastValues_ reads back from its literal as itself
   std::vector<vb::Variant> lastValues_;
   // The joined statement: the decision, then A's record as the walk reads it.
   vb::Ref<ado::Connection> joined_;
@@ -221,11 +228,16 @@ class RecordMatcher {
   // B's records with the walk's key: their strict keys and their values (for the loose keys,
   // made only when A's record finds no strict match). Slots are reused: group_ holds groupSize_.
   struct GroupRecord {
-    std::string strict;
+    std::string strict;  // when keyed
+    bool keyed = false;
     std::vector<vb::Variant> values;
     bool matchedOtherWay = false;  // an A record with the same values has its strict match here
   };
   std::vector<GroupRecord> group_;
+  // A group record's strict key, made now if it was not yet.
+  const std::string& strictKeyOf(GroupRecord& slot);
+  // Whether A's values read last are those of the group record, type for type.
+  bool sameValues(const GroupRecord& slot) const;
   size_t groupSize_ = 0;
   bool groupUncertain_ = false;  // a record of the group holds a value the keys do not cover
   // The first walk of a pair: A's records with the walk's key (tested values only), kept for the

@@ -411,6 +411,31 @@ TEST(RecordCompareSqlite, ADoubleWhoseTextReadsBackAsAnotherIsNotMatchedTheOther
   EXPECT_GT(reported[0], 1u);
 }
 
+TEST(RecordCompareSqlite, ASourceRecordHoldingTheMastersOwnDoubleIsNotMatchedWhenThatDoubleReadsBackAsAnother) {
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  for (auto* db : {m.get(), s.get()}) db->exec("CREATE TABLE prices (id INTEGER, amount REAL)");
+  // The master's double reads back from its text as its neighbour. Under key 1 the source holds
+  // both: the master's record finds the neighbour, and the source's record with the very same
+  // double is not found the other way (its text reads as the neighbour too). Under key 3 both
+  // hold the double itself, and neither record finds the other.
+  const double amount = 0.888625687032014;
+  const auto units = static_cast<int64_t>(std::ldexp(amount, 53));
+  const std::string exact = std::to_string(units) + " / 9007199254740992.0";
+  m->exec("INSERT INTO prices VALUES (1, " + exact + "), (2, 0.5), (3, " + exact + ")");
+  s->exec("INSERT INTO prices VALUES (1, " + exact + "), (1, CAST('0.888625687032014' AS REAL)), (2, 0.5), (3, " +
+          exact + ")");
+  ASSERT_EQ(m->scalar("SELECT CAST('0.888625687032014' AS REAL) = amount FROM prices WHERE id = 1"), "0")
+      << "this SQLite reads the text back as the double itself";
+  const auto fast = orderedWalks(*m, *s, "prices", "id", false, true);
+  EXPECT_EQ(fast, orderedWalks(*m, *s, "prices", "id", true, true));
+  // The master's record under key 3, and the source's two under key 1 and one under key 3, are
+  // reported, two values each.
+  const auto reported = std::count_if(fast.begin(), fast.end(),
+                                      [](const std::string& row) { return row.find("changeType=5") != std::string::npos; });
+  EXPECT_EQ(reported, 8) << ::testing::PrintToString(fast);
+}
+
 TEST(RecordCompareSqlite, AnEmptyFieldListComparesNoRecordsAndRecordsMessage3) {
   VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
