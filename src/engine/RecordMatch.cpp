@@ -271,7 +271,8 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
       matcher->usingOtherWay_ = otherWay;
       return matcher;
     }
-    if (matcher->prepareMerge(orderedBy)) {
+    if (matcher->prepareMerge(orderedBy, orderedBy.empty() ? vb::Ref<ado::Recordset>() : B.getDatabaseRecords(),
+                              records->Source())) {
       // The decisions the other way are made with the same engine's = and like, and literals
       // read back the same way: the sides must be of one kind.
       if (otherWay && !otherWay->complete && own && own->State() == ado::adStateOpen &&
@@ -338,7 +339,36 @@ bool RecordMatcher::readHashes() {
   }
 }
 
-bool RecordMatcher::prepareMerge(const std::string& orderedBy) {
+RecordMatcher::~RecordMatcher() {
+  if (!otherWalk_) return;
+  try {
+    if (otherWalk_->State() == ado::adStateOpen && !(otherWalk_->isBOF() && otherWalk_->isEOF()))
+      otherWalk_->MoveFirst();
+  } catch (...) {
+    // Only reading: the statement stays where it is.
+  }
+}
+
+bool RecordMatcher::readsTestedColumns(ado::Recordset& rows) {
+  // Each tested column by its name, once.
+  mergeColumns_.clear();
+  auto& fields = rows.getFields();
+  const int32_t count = fields.Count();
+  for (size_t c : tested_) {
+    int32_t found = -1;
+    for (int32_t i = 0; i < count; ++i) {
+      if (rows.field(i).Name() != columns_[c].name) continue;
+      if (found >= 0) return false;
+      found = i;
+    }
+    if (found < 0) return false;
+    mergeColumns_.push_back(found);
+  }
+  return otherKindsMatch(rows, &mergeColumns_);
+}
+
+bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado::Recordset>& otherWalk,
+                                 const std::string& walkSource) {
   // A walk ordered by the first column reads A's records in key order, and an integer column
   // orders the same way on every engine here: B's records read in that order meet A's record by
   // record. A walk without an order mostly does too (a table read as stored, its keys given in
@@ -350,6 +380,20 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy) {
   // B's records are being read would fail.
   if (engine_ == ado::EngineFamily::MariaDB) return false;
   try {
+    // The walk has opened the same statement on B, which it never reads: ordered by the key, it
+    // holds B's tested columns in the order wanted. Read from its first record, it saves running
+    // (and, without an index, sorting) a statement of B's table.
+    if (otherWalk && otherWalk->State() == ado::adStateOpen && !walkSource.empty() &&
+        otherWalk->Source() == walkSource && readsTestedColumns(*otherWalk)) {
+      mergeRows_ = otherWalk;
+      otherWalk_ = otherWalk;
+      ownsMergeRows_ = false;
+      ++totals.walkStatementsRead;
+      return true;
+    }
+    mergeColumns_.clear();
+    for (size_t t = 0; t < tested_.size(); ++t) mergeColumns_.push_back(static_cast<int32_t>(t));
+    ownsMergeRows_ = true;
     mergeRows_ = vb::Ref<ado::Recordset>::make();
     mergeRows_->Open(testedColumnsSelect() + " from [" + table_ + "] order by [" + key.name + "]",
                      otherConnection_, ado::adOpenForwardOnly, ado::adLockReadOnly, ado::adCmdText);
@@ -382,7 +426,7 @@ void RecordMatcher::leaveMerge() {
   stopCollecting();
   group_.clear();
   try {
-    if (mergeRows_) mergeRows_->Close();
+    if (mergeRows_ && ownsMergeRows_) mergeRows_->Close();
   } catch (...) {
     // Only reading: nothing to undo.
   }
@@ -400,7 +444,7 @@ bool RecordMatcher::loadGroup(int64_t key) {
 }
 
 bool RecordMatcher::readOtherKey() {
-  mergeRows_->ValueInto(0, otherKeyValue_);
+  mergeRows_->ValueInto(mergeColumns_[0], otherKeyValue_);
   const auto otherKey = integerOf(otherKeyValue_);
   // Null or another kind of value first, or an order the integers do not follow: not a merge.
   if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
@@ -420,7 +464,7 @@ bool RecordMatcher::readGroup(int64_t key) {
       std::vector<vb::Variant>& values = group_[groupSize_].values;
       values.resize(columns_.size());
       values[tested_[0]] = otherKeyValue_;  // the statement's first column, read by readOtherKey
-      for (size_t t = 1; t < tested_.size(); ++t) mergeRows_->ValueInto(static_cast<int32_t>(t), values[tested_[t]]);
+      for (size_t t = 1; t < tested_.size(); ++t) mergeRows_->ValueInto(mergeColumns_[t], values[tested_[t]]);
       keyGroupSlot();
     } else if (collecting_ && !otherWay_->addUncertainKey(otherKey_)) {
       // A record of B under a key A does not have: the walk the other way decides it.
@@ -724,12 +768,14 @@ RecordMatcher::Decision RecordMatcher::decideJoined() {
   return found.toInt64() != 0 ? Decision::Match : Decision::NoMatch;
 }
 
-bool RecordMatcher::otherKindsMatch(ado::Recordset& rows) const {
+bool RecordMatcher::otherKindsMatch(ado::Recordset& rows, const std::vector<int32_t>* positions) const {
   // The other side's columns must be of the same kind as this side's.
   int32_t position = 0;
   for (const Column& column : columns_) {
     if (column.excluded) continue;
-    const int32_t type = rows.field(position++).Type();
+    const int32_t at = positions ? (*positions)[static_cast<size_t>(position)] : position;
+    ++position;
+    const int32_t type = rows.field(at).Type();
     const bool sameKind = column.kind == Kind::Text      ? isTextType(type, engine_)
                           : column.kind == Kind::Double ? type == ado::adDouble
                                                         : isIntegerType(type);

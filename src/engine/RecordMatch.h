@@ -74,6 +74,12 @@ class RecordMatcher {
                                                 const std::string& orderedBy = "",
                                                 OtherWay* otherWay = nullptr);
 
+  // When the merge read the statement the walk opened on B and the walk left it open (it failed),
+  // the statement is put back on its first record, where the walk leaves it.
+  ~RecordMatcher();
+  RecordMatcher(const RecordMatcher&) = delete;
+  RecordMatcher& operator=(const RecordMatcher&) = delete;
+
   // Decides A's current record and keeps its values for lastMatchQuery.
   Decision decide(ado::Recordset& records);
 
@@ -91,6 +97,7 @@ class RecordMatcher {
     int64_t joined = 0;  // of the matched and not matched: by the joined statement
     int64_t merged = 0;  // ... by the merge with B's ordered records
     int64_t otherWay = 0;  // ... from what the walk the other way kept
+    int64_t walkStatementsRead = 0;  // merges that read the statement the walk opened on B
   };
   static const Counts& threadTotals();
 
@@ -146,7 +153,13 @@ class RecordMatcher {
   // The decision for A's record, its values read, against B's records with its key in group_.
   Decision decideAgainstGroup(bool covered);
   // Opens B's tested columns ordered by the first column; false when the walk cannot merge.
-  bool prepareMerge(const std::string& orderedBy);
+  // otherWalk: the statement the walk opened on B (walkSource, as A's) and has not moved, read
+  // instead of one of the merge's own when it serves.
+  bool prepareMerge(const std::string& orderedBy, const vb::Ref<ado::Recordset>& otherWalk,
+                    const std::string& walkSource);
+  // Finds the tested columns in rows by name (into mergeColumns_); false when one is missing,
+  // repeated or of another kind.
+  bool readsTestedColumns(ado::Recordset& rows);
   Decision decideMerged(ado::Recordset& records);
   // Reads B's records up to the walk's key; false when B's order is not one the merge follows.
   bool loadGroup(int64_t key);
@@ -162,7 +175,7 @@ class RecordMatcher {
   // Reads B's table into the hashes (keying into other_); false when they cannot be made.
   bool buildHashes();
   bool readHashes();
-  bool otherKindsMatch(ado::Recordset& rows) const;
+  bool otherKindsMatch(ado::Recordset& rows, const std::vector<int32_t>* positions = nullptr) const;
   // Reads the tested values of A's current record and makes their strict key; false when the
   // engine must be asked.
   // strictKey false: the values are read and judged, their strict key made only when asked for
@@ -220,6 +233,9 @@ class RecordMatcher {
   // records with the walk's key.
   std::string table_;
   vb::Ref<ado::Recordset> mergeRows_;
+  bool ownsMergeRows_ = true;           // else it is the walk's statement on B, closed by the walk
+  vb::Ref<ado::Recordset> otherWalk_;   // the walk's statement on B, when the merge read it
+  std::vector<int32_t> mergeColumns_;   // the tested columns' positions in mergeRows_
   bool askAlways_ = false;  // neither merge nor hashes: every record goes to the engine
   bool haveKey_ = false;
   int64_t walkKey_ = 0;

@@ -282,6 +282,32 @@ TEST_P(RecordCompare, AWalkTheOtherWayOverOtherColumnsDecidesOnItsOwn) {
   EXPECT_EQ(fast, orderedWalks(*m, *s, "stock", "id", true, true));
 }
 
+TEST_P(RecordCompare, TheStepThroughReadsTheStatementTheWalkOpensOnTheOtherSide) {
+  VARSENTIX_TEST_DATABASE(m, GetParam());
+  VARSENTIX_TEST_DATABASE(s, GetParam());
+  // The walk opens "select * ... order by id" on both sides. The source's holds its columns in
+  // another order and one more: the step-through finds the tested ones by name.
+  m->exec("CREATE TABLE stock (id INTEGER, item VARCHAR(40), qty INTEGER)");
+  s->exec("CREATE TABLE stock (qty INTEGER, note VARCHAR(10), item VARCHAR(40), id INTEGER)");
+  m->exec("INSERT INTO stock VALUES (1, 'a', 1), (2, 'b', 2), (2, 'B', 2), (3, 'c', 3), (5, 'e', 5), (6, 'f%', 6)");
+  s->exec("INSERT INTO stock VALUES (1, 'x', 'a', 1), (5, 'x', 'b', 2), (2, 'x', 'b', 2), (4, 'x', 'd', 4), "
+          "(5, NULL, 'e', 5), (6, 'x', 'F%', 6), (7, 'x', 'g', 7)");
+  const auto before = engine::RecordMatcher::threadTotals();
+  const auto fast = orderedWalks(*m, *s, "stock", "id", false);
+  const auto& after = engine::RecordMatcher::threadTotals();
+  // The master's walk steps through the source (the walk back does not: the source's first
+  // column is not the one it is ordered by).
+  const int64_t merged = after.merged - before.merged;
+  const int64_t read = after.walkStatementsRead - before.walkStatementsRead;
+  if (GetParam() == Engine::SQLite || GetParam() == Engine::PostgreSQL) {
+    EXPECT_EQ(read, 1);
+    EXPECT_GE(merged, 4);
+  } else {
+    EXPECT_EQ(read, merged > 0 ? 1 : 0);
+  }
+  EXPECT_EQ(fast, orderedWalks(*m, *s, "stock", "id", true));
+}
+
 TEST_P(RecordCompare, ANullKeyOnTheOtherSideLeavesBothWalksToDecideOnTheirOwn) {
   VARSENTIX_TEST_DATABASE(m, GetParam());
   VARSENTIX_TEST_DATABASE(s, GetParam());
