@@ -105,6 +105,8 @@ class RecordLookup {
       decision = RecordMatcher::Decision::AskEngine;
     }
     if (decision == RecordMatcher::Decision::AskEngine) {
+      // The match query runs on B's connection, which may be reading B's records ahead.
+      const auto lock = matcher_ ? matcher_->otherConnectionLock() : std::unique_lock<std::mutex>();
       compareRecord(A_, B_, columnCount, literalRecordMatching() ? nullptr : &primaryKey());
       lastDecided_ = false;
     } else {
@@ -118,6 +120,7 @@ class RecordLookup {
   }
   // Call when the walk ends, normally or not.
   void finish() noexcept {
+    if (matcher_) matcher_->stopReading();  // before the walk closes B's statement
     try {
       if (lastDecided_) matcher_->writeLastMatchQuery(A_, B_);
     } catch (...) {

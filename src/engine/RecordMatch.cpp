@@ -271,6 +271,13 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
       matcher->usingOtherWay_ = otherWay;
       return matcher;
     }
+    // An ordered walk (the single-table compare's) raises no events while it runs: nothing but
+    // the walk itself uses B's connection, so B's records can be read on a thread of their own.
+    // The buffered walks raise events, whose handlers may use it. Only SQLite's own provider
+    // reads ahead: the ODBC driver manager serializes the calls of all connections (its default
+    // threading level), so two threads there only wait on each other.
+    matcher->readAhead_ = !orderedBy.empty() && own && &*own != &*matcher->otherConnection_ &&
+                          matcher->otherConnection_->Provider() == "SQLite";
     if (matcher->prepareMerge(orderedBy, orderedBy.empty() ? vb::Ref<ado::Recordset>() : B.getDatabaseRecords(),
                               records->Source())) {
       // The decisions the other way are made with the same engine's = and like, and literals
@@ -340,6 +347,7 @@ bool RecordMatcher::readHashes() {
 }
 
 RecordMatcher::~RecordMatcher() {
+  otherRows_.reset();
   if (!otherWalk_) return;
   try {
     if (otherWalk_->State() == ado::adStateOpen && !(otherWalk_->isBOF() && otherWalk_->isEOF()))
@@ -389,6 +397,7 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado
       otherWalk_ = otherWalk;
       ownsMergeRows_ = false;
       ++totals.walkStatementsRead;
+      startReading();
       return true;
     }
     mergeColumns_.clear();
@@ -402,11 +411,25 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado
       mergeRows_ = {};
       return false;
     }
+    startReading();
     return true;
   } catch (...) {
     mergeRows_ = {};
     return false;
   }
+}
+
+void RecordMatcher::startReading() {
+  otherRows_ = std::make_unique<ReadAhead>(mergeRows_, mergeColumns_, tested_, columns_.size(), readAhead_);
+  if (otherRows_->threaded()) ++totals.readAhead;
+}
+
+void RecordMatcher::stopReading() noexcept {
+  if (otherRows_) otherRows_->stop();
+}
+
+std::unique_lock<std::mutex> RecordMatcher::otherConnectionLock() {
+  return otherRows_ ? otherRows_->connectionLock() : std::unique_lock<std::mutex>();
 }
 
 bool RecordMatcher::keyingOtherSide(const std::function<bool()>& body) {
@@ -425,6 +448,7 @@ bool RecordMatcher::keyingOtherSide(const std::function<bool()>& body) {
 void RecordMatcher::leaveMerge() {
   stopCollecting();
   group_.clear();
+  otherRows_.reset();  // the thread reading ahead is done with B's connection
   try {
     if (mergeRows_ && ownsMergeRows_) mergeRows_->Close();
   } catch (...) {
@@ -443,9 +467,8 @@ bool RecordMatcher::loadGroup(int64_t key) {
   }
 }
 
-bool RecordMatcher::readOtherKey() {
-  mergeRows_->ValueInto(mergeColumns_[0], otherKeyValue_);
-  const auto otherKey = integerOf(otherKeyValue_);
+bool RecordMatcher::readOtherKey(const ReadAhead::Row& row) {
+  const auto otherKey = integerOf(row[tested_[0]]);
   // Null or another kind of value first, or an order the integers do not follow: not a merge.
   if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
   haveOtherKey_ = true;
@@ -456,21 +479,18 @@ bool RecordMatcher::readOtherKey() {
 bool RecordMatcher::readGroup(int64_t key) {
   groupSize_ = 0;
   groupUncertain_ = false;
-  while (!mergeRows_->isEOF()) {
-    if (!readOtherKey()) return false;
+  while (ReadAhead::Row* row = otherRows_->current()) {
+    if (!readOtherKey(*row)) return false;
     if (otherKey_ > key) break;
     if (otherKey_ == key) {
       if (groupSize_ == group_.size()) group_.emplace_back();
-      std::vector<vb::Variant>& values = group_[groupSize_].values;
-      values.resize(columns_.size());
-      values[tested_[0]] = otherKeyValue_;  // the statement's first column, read by readOtherKey
-      for (size_t t = 1; t < tested_.size(); ++t) mergeRows_->ValueInto(mergeColumns_[t], values[tested_[t]]);
+      group_[groupSize_].values.swap(*row);  // the record's values, read ahead, become the slot's
       keyGroupSlot();
     } else if (collecting_ && !otherWay_->addUncertainKey(otherKey_)) {
       // A record of B under a key A does not have: the walk the other way decides it.
       stopCollecting();
     }
-    mergeRows_->MoveNext();
+    otherRows_->next();
   }
   return true;
 }
@@ -619,10 +639,10 @@ void RecordMatcher::stopCollecting() {
 
 bool RecordMatcher::readRestOfOtherSide() {
   // Past A's last key: records of B under keys A does not have.
-  while (!mergeRows_->isEOF()) {
-    if (!readOtherKey()) return false;
+  while (ReadAhead::Row* row = otherRows_->current()) {
+    if (!readOtherKey(*row)) return false;
     if ((!haveKey_ || otherKey_ != walkKey_) && !otherWay_->addUncertainKey(otherKey_)) return false;
-    mergeRows_->MoveNext();
+    otherRows_->next();
   }
   return true;
 }
@@ -856,7 +876,12 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
     } else if (value.type() == vb::VarType::Double) {
       // The literal is the shortest text of the double; the engine reads it back its own way.
       const double stored = value.toDouble();
-      auto read = otherConnection_->DoubleLiteralValue(stored);
+      std::optional<double> read;
+      {
+        // The engine may be asked how it reads the literal, on B's connection.
+        auto lock = otherConnectionLock();
+        read = otherConnection_->DoubleLiteralValue(stored);
+      }
       if (!read) return false;
       if (std::memcmp(&stored, &*read, sizeof stored) != 0) ownExact_ = false;
       if (!keyless_) appendNumber(part, *read);

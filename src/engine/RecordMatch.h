@@ -33,11 +33,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "engine/ReadAhead.h"
 #include "varsentix/platform/ado/Enums.h"
 #include "varsentix/platform/vb/Ref.h"
 #include "varsentix/platform/vb/Variant.h"
@@ -83,6 +85,12 @@ class RecordMatcher {
   // Decides A's current record and keeps its values for lastMatchQuery.
   Decision decide(ado::Recordset& records);
 
+  // While B's records are read on a thread of their own, whoever else uses B's connection holds
+  // this lock (the walk, to send a match query). Empty when there is no such thread.
+  std::unique_lock<std::mutex> otherConnectionLock();
+  // Ends the reading of B's records; call before the walk closes B's statement.
+  void stopReading() noexcept;
+
   // Writes into B the statement and where clause the match query builder leaves for the record
   // decide saw last.
   void writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const;
@@ -98,6 +106,7 @@ class RecordMatcher {
     int64_t merged = 0;  // ... by the merge with B's ordered records
     int64_t otherWay = 0;  // ... from what the walk the other way kept
     int64_t walkStatementsRead = 0;  // merges that read the statement the walk opened on B
+    int64_t readAhead = 0;           // merges that read B's records on a thread of their own
   };
   static const Counts& threadTotals();
 
@@ -168,7 +177,7 @@ class RecordMatcher {
   bool readGroup(int64_t key);
   // Reads the key of B's current record into otherKey_; false when it is not an integer or
   // comes before the one read last.
-  bool readOtherKey();
+  bool readOtherKey(const ReadAhead::Row& row);
   std::string testedColumnsSelect() const;
   // Leaves the merge for the hashes (or for the engine when they cannot be made).
   void leaveMerge();
@@ -236,6 +245,9 @@ class RecordMatcher {
   bool ownsMergeRows_ = true;           // else it is the walk's statement on B, closed by the walk
   vb::Ref<ado::Recordset> otherWalk_;   // the walk's statement on B, when the merge read it
   std::vector<int32_t> mergeColumns_;   // the tested columns' positions in mergeRows_
+  std::unique_ptr<ReadAhead> otherRows_;  // mergeRows_'s records, read ahead while merging
+  bool readAhead_ = false;                // on a thread of their own
+  void startReading();
   bool askAlways_ = false;  // neither merge nor hashes: every record goes to the engine
   bool haveKey_ = false;
   int64_t walkKey_ = 0;
@@ -269,7 +281,6 @@ class RecordMatcher {
   int64_t groupKey_ = 0;
   size_t nextUncertain_ = 0;  // the first of the uncertain keys not before the walk's key
   vb::Variant keyValue_;      // the key of the record read last
-  vb::Variant otherKeyValue_;  // the key of B's record read last
 };
 
 // What the first walk of a compare in both directions keeps for the second.

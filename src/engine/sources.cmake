@@ -8,4 +8,8 @@ target_sources(varsentix PRIVATE
   engine/StructureIndex.cpp
   engine/RecordCompare.cpp
   engine/RecordMatch.cpp
+  engine/ReadAhead.cpp
 )
+# The record walks read the other side's records ahead on a thread of their own.
+find_package(Threads REQUIRED)
+target_link_libraries(varsentix PRIVATE Threads::Threads)
