@@ -415,20 +415,31 @@ TEST(RecordCompareSqlite, ATextInAnIntegerKeyLeavesTheStepThroughAndTheRecordsAr
   EXPECT_EQ(orderedWalks(*m, *s, "stock", "id", false), orderedWalks(*m, *s, "stock", "id", true));
 }
 
+namespace {
+// SQLite reads the shortest text of this double, "0.888625687032014", one unit in the last place
+// off. As SQL that makes the double itself exactly (a quotient of two powers of two's multiples):
+std::string misreadDouble() {
+  const auto units = static_cast<int64_t>(std::ldexp(0.888625687032014, 53));
+  return std::to_string(units) + " / 9007199254740992.0";
+}
+// What SQLite reads its text as, the neighbour.
+const char* const kMisreadNeighbour = "CAST('0.888625687032014' AS REAL)";
+
+bool theTextIsMisread(TestDatabase& db) {
+  return db.scalar(std::string("SELECT ") + kMisreadNeighbour + " = " + misreadDouble()) == "0";
+}
+}  // namespace
+
 TEST(RecordCompareSqlite, ADoubleWhoseTextReadsBackAsAnotherIsNotMatchedTheOtherWayByThatOther) {
   VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
   for (auto* db : {m.get(), s.get()}) db->exec("CREATE TABLE prices (id INTEGER, amount REAL)");
-  // SQLite reads the shortest text of this double one unit in the last place off. The master
-  // holds the double itself (made exactly as a quotient of two powers of two's multiples); the
-  // source holds what SQLite reads its text as. The master's record finds the source's, whose
-  // own text reads back as itself and finds nothing in the master.
-  const double amount = 0.888625687032014;
-  const auto units = static_cast<int64_t>(std::ldexp(amount, 53));
-  m->exec("INSERT INTO prices VALUES (1, " + std::to_string(units) + " / 9007199254740992.0), (2, 0.5)");
-  s->exec("INSERT INTO prices VALUES (1, CAST('0.888625687032014' AS REAL)), (2, 0.5)");
-  ASSERT_EQ(m->scalar("SELECT CAST('0.888625687032014' AS REAL) = amount FROM prices WHERE id = 1"), "0")
-      << "this SQLite reads the text back as the double itself";
+  // The master holds the double itself; the source holds what SQLite reads its text as. The
+  // master's record finds the source's, whose own text reads back as itself and finds nothing in
+  // the master.
+  m->exec("INSERT INTO prices VALUES (1, " + misreadDouble() + "), (2, 0.5)");
+  s->exec(std::string("INSERT INTO prices VALUES (1, ") + kMisreadNeighbour + "), (2, 0.5)");
+  ASSERT_TRUE(theTextIsMisread(*m)) << "this SQLite reads the text back as the double itself";
   const auto fast = orderedWalks(*m, *s, "prices", "id", false, true);
   EXPECT_EQ(fast, orderedWalks(*m, *s, "prices", "id", true, true));
   // The master's record is found; the source's is not: its two values are reported, after the
@@ -449,14 +460,10 @@ TEST(RecordCompareSqlite, ASourceRecordHoldingTheMastersOwnDoubleIsNotMatchedWhe
   // both: the master's record finds the neighbour, and the source's record with the very same
   // double is not found the other way (its text reads as the neighbour too). Under key 3 both
   // hold the double itself, and neither record finds the other.
-  const double amount = 0.888625687032014;
-  const auto units = static_cast<int64_t>(std::ldexp(amount, 53));
-  const std::string exact = std::to_string(units) + " / 9007199254740992.0";
+  const std::string exact = misreadDouble();
   m->exec("INSERT INTO prices VALUES (1, " + exact + "), (2, 0.5), (3, " + exact + ")");
-  s->exec("INSERT INTO prices VALUES (1, " + exact + "), (1, CAST('0.888625687032014' AS REAL)), (2, 0.5), (3, " +
-          exact + ")");
-  ASSERT_EQ(m->scalar("SELECT CAST('0.888625687032014' AS REAL) = amount FROM prices WHERE id = 1"), "0")
-      << "this SQLite reads the text back as the double itself";
+  s->exec("INSERT INTO prices VALUES (1, " + exact + "), (1, " + kMisreadNeighbour + "), (2, 0.5), (3, " + exact + ")");
+  ASSERT_TRUE(theTextIsMisread(*m)) << "this SQLite reads the text back as the double itself";
   const auto fast = orderedWalks(*m, *s, "prices", "id", false, true);
   EXPECT_EQ(fast, orderedWalks(*m, *s, "prices", "id", true, true));
   // The master's record under key 3, and the source's two under key 1 and one under key 3, are
