@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <exception>
 #include <limits>
 #include <optional>
+#include <thread>
 
 #include "engine/DataProgress.h"
 #include "engine/Engine.h"
@@ -236,6 +238,43 @@ std::string buildSelectStatement(clsDBManager& manager) {
 
 namespace {
 
+// Opens the walk's statement on A, then on B. Opening a statement that sorts a table without an
+// index sorts it there and then (SQLite steps to the first record); on two SQLite files of
+// SQLite's own provider the two sorts run on two cores. Each side's message and record set are
+// its own, so the outcome is the same as opening one after the other.
+void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query) {
+  bool together = false;
+  try {
+    auto a = A.getDatabaseConnection();
+    auto b = B.getDatabaseConnection();
+    together = a && b && &*a != &*b && a->State() == ado::adStateOpen && b->State() == ado::adStateOpen &&
+               a->Provider() == "SQLite" && b->Provider() == "SQLite";
+  } catch (...) {
+    together = false;
+  }
+  if (!together) {
+    A.openDataBaseRecordsFromQuery(query);
+    B.openDataBaseRecordsFromQuery(query);
+    return;
+  }
+  std::exception_ptr failed;
+  std::thread other([&] {
+    try {
+      B.openDataBaseRecordsFromQuery(query);
+    } catch (...) {
+      failed = std::current_exception();
+    }
+  });
+  try {
+    A.openDataBaseRecordsFromQuery(query);
+  } catch (...) {
+    other.join();
+    throw;
+  }
+  other.join();
+  if (failed) std::rethrow_exception(failed);
+}
+
 void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay) {
   std::string query;
   std::string orderBy;
@@ -246,8 +285,7 @@ void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::Ot
     orderBy = ModADO::getFirstComparableFieldName(A, tableName);
     query = buildSelectStatement(A);
     if (!orderBy.empty()) query += " order by [" + orderBy + "]";
-    A.openDataBaseRecordsFromQuery(query);
-    B.openDataBaseRecordsFromQuery(query);
+    openOnBothSides(A, B, query);
     auto records = A.getDatabaseRecords();
     if (records->State() == ado::adStateOpen) {
       int16_t columnCount = 0;
