@@ -226,6 +226,7 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
   try {
     std::unique_ptr<RecordMatcher> matcher(new RecordMatcher());
     matcher->otherConnection_ = B.getDatabaseConnection();
+    matcher->literalReader_ = matcher->otherConnection_;
     if (matcher->otherConnection_->State() != ado::adStateOpen) return nullptr;
     matcher->engine_ = matcher->otherConnection_->Engine();
     if (matcher->engine_ == ado::EngineFamily::Other) return nullptr;
@@ -277,7 +278,12 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     // reads ahead: the ODBC driver manager serializes the calls of all connections (its default
     // threading level), so two threads there only wait on each other.
     matcher->readAhead_ = !orderedBy.empty() && own && &*own != &*matcher->otherConnection_ &&
+                          own->State() == ado::adStateOpen && own->Provider() == "SQLite" &&
                           matcher->otherConnection_->Provider() == "SQLite";
+    // How B's engine reads a double's literal is asked of B's connection; while B's records are
+    // read ahead, of A's, which is SQLite's own provider too and reads it the same way (one
+    // library, one routine): the walk then never waits for the thread to ask.
+    if (matcher->readAhead_) matcher->literalReader_ = own;
     if (matcher->prepareMerge(orderedBy, orderedBy.empty() ? vb::Ref<ado::Recordset>() : B.getDatabaseRecords(),
                               records->Source())) {
       // The decisions the other way are made with the same engine's = and like, and literals
@@ -876,12 +882,8 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
     } else if (value.type() == vb::VarType::Double) {
       // The literal is the shortest text of the double; the engine reads it back its own way.
       const double stored = value.toDouble();
-      std::optional<double> read;
-      {
-        // The engine may be asked how it reads the literal, on B's connection.
-        auto lock = otherConnectionLock();
-        read = otherConnection_->DoubleLiteralValue(stored);
-      }
+      // The engine may be asked how it reads the literal (literalReader_: see prepare).
+      const auto read = literalReader_->DoubleLiteralValue(stored);
       if (!read) return false;
       if (std::memcmp(&stored, &*read, sizeof stored) != 0) ownExact_ = false;
       if (!keyless_) appendNumber(part, *read);

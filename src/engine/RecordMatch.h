@@ -213,6 +213,7 @@ class RecordMatcher {
 
   ado::EngineFamily engine_ = ado::EngineFamily::Other;
   vb::Ref<ado::Connection> otherConnection_;
+  vb::Ref<ado::Connection> literalReader_;  // asked how B's engine reads a literal
   std::vector<Column> columns_;  // every column of A's record set, in order
   std::vector<size_t> tested_;   // the positions in columns_ of the tested ones
   bool hasLikeColumns_ = false;
