@@ -188,6 +188,19 @@ bool sameValue(const vb::Variant& a, const vb::Variant& b) {
   }
 }
 
+// Sets a flag for a scope, and sets it back when the scope ends, left by a throw or not.
+class FlagScope {
+ public:
+  FlagScope(bool& flag, bool value) : flag_(flag), before_(flag) { flag_ = value; }
+  ~FlagScope() { flag_ = before_; }
+  FlagScope(const FlagScope&) = delete;
+  FlagScope& operator=(const FlagScope&) = delete;
+
+ private:
+  bool& flag_;
+  bool before_;
+};
+
 }  // namespace
 
 template <typename Hash>
@@ -505,11 +518,12 @@ bool RecordMatcher::keyGroupSlot() {
   GroupRecord& slot = group_[groupSize_];
   slot.matchedOtherWay = false;
   slot.keyed = false;  // its strict key is made when a comparison needs it
-  keyless_ = true;
   bool covered = true;
-  for (size_t c : tested_)
-    if (!(covered = addOtherValue(columns_[c], slot.values[c]))) break;
-  keyless_ = false;
+  {
+    const FlagScope keyless(keyless_, true);
+    for (size_t c : tested_)
+      if (!(covered = addOtherValue(columns_[c], slot.values[c]))) break;
+  }
   if (covered) {
     ++groupSize_;
   } else {
@@ -522,9 +536,8 @@ const std::string& RecordMatcher::strictKeyOf(GroupRecord& slot) {
   if (!slot.keyed) {
     keyingOtherSide([&] {
       clearKeys();
-      strictOnly_ = true;
+      const FlagScope strictOnly(strictOnly_, true);
       for (size_t c : tested_) addOtherValue(columns_[c], slot.values[c]);
-      strictOnly_ = false;
       slot.strict.assign(keys_->strict);
       return true;
     });
@@ -536,9 +549,8 @@ const std::string& RecordMatcher::strictKeyOf(GroupRecord& slot) {
 const std::string& RecordMatcher::ownStrictKey() {
   if (!ownKeyed_) {
     clearKeys();
-    strictOnly_ = true;
+    const FlagScope strictOnly(strictOnly_, true);
     for (size_t c : tested_) addOwnValue(columns_[c], lastValues_[c]);
-    strictOnly_ = false;
     ownKeyed_ = true;
   }
   return own_.strict;
@@ -982,18 +994,19 @@ bool RecordMatcher::readOwnValues(ado::Recordset& records, bool strictKey) {
   // finds no match.
   clearKeys();
   ownExact_ = true;
-  strictOnly_ = true;
-  keyless_ = !strictKey;
+  ownKeyed_ = false;
   bool covered = true;
-  for (size_t c = 0; c < columns_.size(); ++c) {
-    const Column& column = columns_[c];
-    if (column.excluded) continue;
-    vb::Variant& value = lastValues_[c];
-    records.ValueInto(column.index, value);
-    if (covered) covered = addOwnValue(column, value);
+  {
+    const FlagScope strictOnly(strictOnly_, true);
+    const FlagScope keyless(keyless_, !strictKey);
+    for (size_t c = 0; c < columns_.size(); ++c) {
+      const Column& column = columns_[c];
+      if (column.excluded) continue;
+      vb::Variant& value = lastValues_[c];
+      records.ValueInto(column.index, value);
+      if (covered) covered = addOwnValue(column, value);
+    }
   }
-  strictOnly_ = false;
-  keyless_ = false;
   ownKeyed_ = strictKey && covered;
   return covered;
 }
