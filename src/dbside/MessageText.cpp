@@ -10,6 +10,11 @@ MessageText& MessageText::operator=(std::string text) {
   return *this;
 }
 
+void MessageText::assign(std::string_view text) {
+  if (runs_.size() == 1 && runs_[0].count == 1 && runs_[0].piece == text) return;
+  *this = std::string(text);
+}
+
 MessageText& MessageText::operator+=(std::string_view piece) {
   if (piece.empty()) return *this;
   if (!runs_.empty() && runs_.back().piece == piece) {

@@ -587,9 +587,13 @@ RecordMatcher::Decision RecordMatcher::decideAgainstGroup(bool covered) {
   if (!covered) return Decision::AskEngine;
   // Mostly B's record holds A's very values: their strict keys are then the same, unless a double
   // of A reads back from its literal as another double.
+  sameSlot_ = groupSize_;
   if (ownExact_)
     for (size_t g = 0; g < groupSize_; ++g)
-      if (sameValues(group_[g])) return Decision::Match;
+      if (sameValues(group_[g])) {
+        sameSlot_ = g;
+        return Decision::Match;
+      }
   for (size_t g = 0; g < groupSize_; ++g)
     if (strictKeyOf(group_[g]) == ownStrictKey()) return Decision::Match;
   if (groupUncertain_) return Decision::AskEngine;
@@ -632,7 +636,12 @@ void RecordMatcher::markOtherWayMatches() {
   // B's record holds.
   for (size_t g = 0; g < groupSize_; ++g) {
     GroupRecord& other = group_[g];
-    if (other.matchedOtherWay || !sameValues(other)) continue;
+    if (other.matchedOtherWay) continue;
+    if (g == sameSlot_) {
+      other.matchedOtherWay = true;  // found to hold A's values by decideAgainstGroup, A's doubles exact
+      continue;
+    }
+    if (!sameValues(other)) continue;
     other.matchedOtherWay = ownExact_ || strictKeyOf(other) == ownStrictKey();
   }
 }

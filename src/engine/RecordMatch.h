@@ -269,6 +269,7 @@ class RecordMatcher {
   bool sameValues(const GroupRecord& slot) const;
   size_t groupSize_ = 0;
   bool groupUncertain_ = false;  // a record of the group holds a value the keys do not cover
+  size_t sameSlot_ = 0;  // the group record holding A's very values (groupSize_ when none known)
   // The first walk of a pair: A's records with the walk's key (tested values only), kept for the
   // other way while collecting_.
   OtherWay* otherWay_ = nullptr;

@@ -37,6 +37,22 @@ TEST(MessageText, AssigningReplacesTheWholeText) {
   EXPECT_EQ(text.str(), "");
 }
 
+TEST(MessageText, AssignFromAViewReplacesTheWholeTextToo) {
+  MessageText text;
+  text.assign("a");
+  text.assign("a");
+  EXPECT_EQ(text.str(), "a");
+  text += "b";
+  text.assign("a");  // the first run's text, but not the whole text
+  EXPECT_EQ(text.str(), "a");
+  text += "a";  // counted as a repeat of the run
+  EXPECT_EQ(text.str(), "aa");
+  text.assign("c");
+  EXPECT_EQ(text.str(), "c");
+  text.assign("");
+  EXPECT_TRUE(text.empty());
+}
+
 TEST(MessageText, AMillionOutcomesAreCountedNotStored) {
   MessageText text;
   for (int i = 0; i < 1000000; ++i) text += " Successfully Completed ||";

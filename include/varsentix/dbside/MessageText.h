@@ -15,6 +15,8 @@ class MessageText {
  public:
   MessageText() = default;
   MessageText& operator=(std::string text);
+  // The same, without copying the text when the message already is that text.
+  void assign(std::string_view text);
   MessageText& operator+=(std::string_view piece);
   void clear() { runs_.clear(); }
   bool empty() const { return runs_.empty(); }

@@ -167,7 +167,7 @@ class clsDBManager {
   std::string getReturnSQLMessage() const { return returnSQLMessage_.str(); }
   // The same text as kept, for readers that append it elsewhere without a copy of their own.
   const MessageText& returnSQLMessageText() const { return returnSQLMessage_; }
-  void setReturnSQLMessage(const std::string& messageIn) { returnSQLMessage_ = messageIn; }
+  void setReturnSQLMessage(const std::string& messageIn) { returnSQLMessage_.assign(messageIn); }
   // The same as setReturnSQLMessage(getReturnSQLMessage() + piece), without copying the text.
   void appendReturnSQLMessage(std::string_view piece) { returnSQLMessage_ += piece; }
   bool getShowViews() const { return showViews_; }
