@@ -1,5 +1,6 @@
 #include "engine/ReadAhead.h"
 
+#include <system_error>
 #include <utility>
 
 namespace varsentix::engine {
@@ -7,10 +8,14 @@ namespace varsentix::engine {
 ReadAhead::ReadAhead(vb::Ref<ado::Recordset> rows, std::vector<int32_t> columns, std::vector<size_t> places,
                      size_t width, bool threaded)
     : rows_(std::move(rows)), columns_(std::move(columns)), places_(std::move(places)), width_(width) {
-  threaded_ = threaded;
   if (!threaded) return;
   for (size_t i = 0; i < kBatches; ++i) free_.push_back(std::make_unique<Batch>());
-  thread_ = std::thread([this] { run(); });
+  try {
+    thread_ = std::thread([this] { run(); });
+    threaded_ = true;
+  } catch (const std::system_error&) {
+    // No thread to be had: read in step.
+  }
 }
 
 ReadAhead::~ReadAhead() { stop(); }

@@ -2,6 +2,7 @@
 #include <exception>
 #include <limits>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 #include "engine/DataProgress.h"
@@ -258,13 +259,21 @@ void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query)
     return;
   }
   std::exception_ptr failed;
-  std::thread other([&] {
-    try {
-      B.openDataBaseRecordsFromQuery(query);
-    } catch (...) {
-      failed = std::current_exception();
-    }
-  });
+  std::thread other;
+  try {
+    other = std::thread([&] {
+      try {
+        B.openDataBaseRecordsFromQuery(query);
+      } catch (...) {
+        failed = std::current_exception();
+      }
+    });
+  } catch (const std::system_error&) {
+    // No thread to be had: one after the other.
+    A.openDataBaseRecordsFromQuery(query);
+    B.openDataBaseRecordsFromQuery(query);
+    return;
+  }
   try {
     A.openDataBaseRecordsFromQuery(query);
   } catch (...) {
