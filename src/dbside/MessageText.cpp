@@ -3,16 +3,15 @@
 namespace varsentix {
 
 MessageText& MessageText::operator=(std::string text) {
-  // The record comparison sets the same text once per record.
-  if (runs_.size() == 1 && runs_[0].count == 1 && runs_[0].piece == text) return *this;
-  runs_.clear();
-  if (!text.empty()) runs_.push_back(Run{std::move(text), 1});
+  assign(text);
   return *this;
 }
 
 void MessageText::assign(std::string_view text) {
+  // The record comparison sets the same text once per record.
   if (runs_.size() == 1 && runs_[0].count == 1 && runs_[0].piece == text) return;
-  *this = std::string(text);
+  runs_.clear();
+  if (!text.empty()) runs_.push_back(Run{std::string(text), 1});
 }
 
 MessageText& MessageText::operator+=(std::string_view piece) {

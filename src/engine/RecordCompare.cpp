@@ -253,23 +253,22 @@ void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query)
   } catch (...) {
     together = false;
   }
-  if (!together) {
-    A.openDataBaseRecordsFromQuery(query);
-    B.openDataBaseRecordsFromQuery(query);
-    return;
-  }
   std::exception_ptr failed;
   std::thread other;
-  try {
-    other = std::thread([&] {
-      try {
-        B.openDataBaseRecordsFromQuery(query);
-      } catch (...) {
-        failed = std::current_exception();
-      }
-    });
-  } catch (const std::system_error&) {
-    // No thread to be had: one after the other.
+  if (together) {
+    try {
+      other = std::thread([&] {
+        try {
+          B.openDataBaseRecordsFromQuery(query);
+        } catch (...) {
+          failed = std::current_exception();
+        }
+      });
+    } catch (const std::system_error&) {
+      // No thread to be had: one after the other.
+    }
+  }
+  if (!other.joinable()) {
     A.openDataBaseRecordsFromQuery(query);
     B.openDataBaseRecordsFromQuery(query);
     return;

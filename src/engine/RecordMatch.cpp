@@ -414,14 +414,12 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado
         otherWalk->Source() == walkSource && readsTestedColumns(*otherWalk)) {
       mergeRows_ = otherWalk;
       otherWalk_ = otherWalk;
-      ownsMergeRows_ = false;
       ++totals.walkStatementsRead;
       startReading();
       return true;
     }
     mergeColumns_.clear();
     for (size_t t = 0; t < tested_.size(); ++t) mergeColumns_.push_back(static_cast<int32_t>(t));
-    ownsMergeRows_ = true;
     mergeRows_ = vb::Ref<ado::Recordset>::make();
     mergeRows_->Open(testedColumnsSelect() + " from [" + table_ + "] order by [" + key.name + "]",
                      otherConnection_, ado::adOpenForwardOnly, ado::adLockReadOnly, ado::adCmdText);
@@ -469,7 +467,7 @@ void RecordMatcher::leaveMerge() {
   group_.clear();
   otherRows_.reset();  // the thread reading ahead is done with B's connection
   try {
-    if (mergeRows_ && ownsMergeRows_) mergeRows_->Close();
+    if (mergeRows_ && mergeRows_.shared() != otherWalk_.shared()) mergeRows_->Close();  // the walk closes its own
   } catch (...) {
     // Only reading: nothing to undo.
   }

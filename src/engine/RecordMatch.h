@@ -243,8 +243,7 @@ class RecordMatcher {
   // records with the walk's key.
   std::string table_;
   vb::Ref<ado::Recordset> mergeRows_;
-  bool ownsMergeRows_ = true;           // else it is the walk's statement on B, closed by the walk
-  vb::Ref<ado::Recordset> otherWalk_;   // the walk's statement on B, when the merge read it
+  vb::Ref<ado::Recordset> otherWalk_;   // the walk's statement on B, when mergeRows_ is it
   std::vector<int32_t> mergeColumns_;   // the tested columns' positions in mergeRows_
   std::unique_ptr<ReadAhead> otherRows_;  // mergeRows_'s records, read ahead while merging
   bool readAhead_ = false;                // on a thread of their own
