@@ -15,13 +15,17 @@ void MessageText::assign(std::string_view text) {
 }
 
 MessageText& MessageText::operator+=(std::string_view piece) {
-  if (piece.empty()) return *this;
-  if (!runs_.empty() && runs_.back().piece == piece) {
-    ++runs_.back().count;
-  } else {
-    runs_.push_back(Run{std::string(piece), 1});
-  }
+  append(piece, 1);
   return *this;
+}
+
+void MessageText::append(std::string_view piece, uint64_t times) {
+  if (piece.empty() || times == 0) return;
+  if (!runs_.empty() && runs_.back().piece == piece) {
+    runs_.back().count += times;
+  } else {
+    runs_.push_back(Run{std::string(piece), times});
+  }
 }
 
 size_t MessageText::size() const {

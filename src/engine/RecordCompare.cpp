@@ -92,13 +92,24 @@ class RecordLookup {
   // would cost more than they do.
   static constexpr int64_t kFewRecords = 32;
   // orderedBy: the column A's statement orders its records by, if any.
-  void prepare(int64_t mostRecords = -1, const std::string& orderedBy = "") {
+  // unreadMatches: the walk raises no events and may go through only the records of A that the
+  // walk the other way kept (see RecordMatcher::replayOtherWay); then call completeUnread once
+  // A's records are all compared.
+  void prepare(int64_t mostRecords = -1, const std::string& orderedBy = "", bool unreadMatches = false) {
     if (mostRecords >= 0 && mostRecords <= kFewRecords) return;
     auto records = A_.getDatabaseRecords();
-    if (records->State() == ado::adStateOpen && !records->isEOF())
+    if (records->State() == ado::adStateOpen && !records->isEOF()) {
       matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_);
+      if (matcher_ && unreadMatches) keptPlaces_ = matcher_->replayOtherWay(*records, recordCount_);
+    }
   }
   void compare(int16_t columnCount) {
+    if (nextKept_ < keptPlaces_.size()) {
+      // The records before this one are matched, unread.
+      const int64_t place = keptPlaces_[nextKept_++];
+      matchUnread(place - compared_, columnCount);
+      compared_ = place + 1;
+    }
     auto decision = RecordMatcher::Decision::AskEngine;
     try {
       if (matcher_) decision = matcher_->decide(*A_.getDatabaseRecords());
@@ -116,6 +127,12 @@ class RecordLookup {
       compareDecidedRecord(decision == RecordMatcher::Decision::Match, columnCount);
       lastDecided_ = true;
     }
+  }
+  // Call when the walk has gone through its records without failing: the records after the
+  // last one it went through are matched.
+  void completeUnread(int16_t columnCount) {
+    if (!keptPlaces_.empty()) matchUnread(recordCount_ - compared_, columnCount);
+    compared_ = recordCount_;
   }
   // Call when the walk has compared every record without failing.
   void completeOtherWay() noexcept {
@@ -148,6 +165,20 @@ class RecordLookup {
     }
   }
 
+  // What compareDecidedRecord does for records matched, records times over.
+  void matchUnread(int64_t records, int16_t columnCount) {
+    if (records <= 0) return;
+    matcher_->countMatchedUnread(records);
+    try {
+      static const std::string completed = "Successfully Completed";
+      A_.setReturnSQLMessage(completed);
+      B_.appendReturnSQLMessage(" Successfully Completed ||", static_cast<uint64_t>(records));
+    } catch (...) {
+      appendRecordValueFailure(A_, 0, columnCount);
+    }
+    lastDecided_ = true;
+  }
+
   // The key of A's table, asked once per walk.
   PrimaryKeyOnce& primaryKey() {
     if (!primaryKey_) primaryKey_.emplace(A_, A_.getTableName());
@@ -160,6 +191,12 @@ class RecordLookup {
   std::unique_ptr<RecordMatcher> matcher_;
   std::optional<PrimaryKeyOnce> primaryKey_;
   bool lastDecided_ = false;
+  // Going through kept records only: their places among A's records, the next one's index, how
+  // many records were compared so far, and how many A's statement has.
+  std::vector<int64_t> keptPlaces_;
+  size_t nextKept_ = 0;
+  int64_t compared_ = 0;
+  int64_t recordCount_ = 0;
 };
 
 
@@ -298,11 +335,12 @@ void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::Ot
     if (records->State() == ado::adStateOpen) {
       int16_t columnCount = 0;
       if (!records->isBOF()) columnCount = ModADO::getRecordSetFieldCount(A);
-      lookup.prepare(-1, orderBy);
+      lookup.prepare(-1, orderBy, true);
       while (!records->isEOF()) {
         lookup.compare(columnCount);
         records->MoveNext();
       }
+      lookup.completeUnread(columnCount);
       lookup.completeOtherWay();
     }
     lookup.finish();

@@ -311,6 +311,14 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
         for (size_t c : matcher->tested_) otherWay->tested.push_back(matcher->columns_[c]);
         matcher->otherWay_ = otherWay;
         matcher->collecting_ = true;
+        // B's whole records can be kept for the second walk when the merge reads the walk's own
+        // statement on B, with every column tested and in A's order.
+        matcher->keepingOther_ = static_cast<bool>(matcher->otherWalk_) &&
+                                 matcher->tested_.size() == matcher->columns_.size() &&
+                                 matcher->otherWalk_->getFields().Count() ==
+                                     static_cast<int32_t>(matcher->columns_.size());
+        for (size_t t = 0; t < matcher->mergeColumns_.size() && matcher->keepingOther_; ++t)
+          matcher->keepingOther_ = matcher->mergeColumns_[t] == static_cast<int32_t>(t);
       }
       return matcher;
     }
@@ -496,20 +504,50 @@ bool RecordMatcher::readOtherKey(const ReadAhead::Row& row) {
 bool RecordMatcher::readGroup(int64_t key) {
   groupSize_ = 0;
   groupUncertain_ = false;
+  uncovered_.clear();
   while (ReadAhead::Row* row = otherRows_->current()) {
     if (!readOtherKey(*row)) return false;
     if (otherKey_ > key) break;
     if (otherKey_ == key) {
       if (groupSize_ == group_.size()) group_.emplace_back();
-      group_[groupSize_].values.swap(*row);  // the record's values, read ahead, become the slot's
+      GroupRecord& slot = group_[groupSize_];
+      slot.values.swap(*row);  // the record's values, read ahead, become the slot's
+      slot.place = otherRead_;
       keyGroupSlot();
-    } else if (collecting_ && !otherWay_->addUncertainKey(otherKey_)) {
+    } else if (collecting_) {
       // A record of B under a key A does not have: the walk the other way decides it.
-      stopCollecting();
+      if (!otherWay_->addUncertainKey(otherKey_)) {
+        stopCollecting();
+      } else if (keepingOther_) {
+        keepOtherRecord(*row);
+      }
     }
     otherRows_->next();
+    ++otherRead_;
   }
   return true;
+}
+
+void RecordMatcher::keepOtherRecord(std::vector<vb::Variant>& row) {
+  otherWay_->otherPlaces.push_back(otherRead_);
+  otherWay_->otherRecords.emplace_back().swap(row);
+}
+
+void RecordMatcher::keepOtherGroup() {
+  // The group's records, counted in or not covered, in B's order.
+  size_t g = 0, u = 0;
+  while (g < groupSize_ || u < uncovered_.size()) {
+    if (u == uncovered_.size() || (g < groupSize_ && group_[g].place < uncovered_[u].place)) {
+      otherWay_->otherPlaces.push_back(group_[g].place);
+      otherWay_->otherRecords.emplace_back().swap(group_[g].values);
+      ++g;
+    } else {
+      otherWay_->otherPlaces.push_back(uncovered_[u].place);
+      otherWay_->otherRecords.push_back(std::move(uncovered_[u].values));
+      ++u;
+    }
+  }
+  uncovered_.clear();
 }
 
 bool RecordMatcher::keyGroupSlot() {
@@ -526,6 +564,8 @@ bool RecordMatcher::keyGroupSlot() {
     ++groupSize_;
   } else {
     groupUncertain_ = true;
+    // The slot is used again by the next record: a record kept for the second walk moves out.
+    if (keepingOther_) uncovered_.push_back(PlacedRecord{slot.place, std::move(slot.values)});
   }
   return covered;
 }
@@ -652,6 +692,13 @@ void RecordMatcher::closeOtherWayGroup() {
       stopCollecting();
       return;
     }
+    if (keepingOther_) keepOtherGroup();
+  } else if (keepingOther_ && groupSize_ > 0) {
+    // Perhaps B's last record: the second walk writes its values into A when it ends.
+    GroupRecord& last = group_[groupSize_ - 1];
+    lastCertain_.place = last.place;
+    lastCertain_.values.swap(last.values);
+    haveLastCertain_ = true;
   }
   ownGroupSize_ = 0;
 }
@@ -660,14 +707,21 @@ void RecordMatcher::stopCollecting() {
   if (otherWay_) *otherWay_ = OtherWay();
   otherWay_ = nullptr;
   collecting_ = false;
+  keepingOther_ = false;
 }
 
 bool RecordMatcher::readRestOfOtherSide() {
   // Past A's last key: records of B under keys A does not have.
   while (ReadAhead::Row* row = otherRows_->current()) {
     if (!readOtherKey(*row)) return false;
-    if ((!haveKey_ || otherKey_ != walkKey_) && !otherWay_->addUncertainKey(otherKey_)) return false;
+    if (!haveKey_ || otherKey_ != walkKey_) {
+      if (!otherWay_->addUncertainKey(otherKey_)) return false;
+      if (keepingOther_) keepOtherRecord(*row);
+    } else {
+      keepingOther_ = false;  // a record of the last group not read with it: let the walk read them
+    }
     otherRows_->next();
+    ++otherRead_;
   }
   return true;
 }
@@ -683,12 +737,64 @@ void RecordMatcher::completeOtherWay() noexcept {
     }
     otherWay_->haveLastKey = haveOtherKey_;
     otherWay_->lastKey = otherKey_;
+    finishKeeping();
     otherWay_->complete = true;
     otherWay_ = nullptr;
     collecting_ = false;
   } catch (...) {
     stopCollecting();
   }
+}
+
+void RecordMatcher::finishKeeping() {
+  OtherWay& way = *otherWay_;
+  // B's last record is kept, whether its key is certain or not.
+  const int64_t last = otherRead_ - 1;
+  if (keepingOther_ && otherRead_ > 0 && (way.otherPlaces.empty() || way.otherPlaces.back() != last)) {
+    if (haveLastCertain_ && lastCertain_.place == last) {
+      way.otherPlaces.push_back(last);
+      way.otherRecords.push_back(std::move(lastCertain_.values));
+    } else {
+      keepingOther_ = false;
+    }
+  }
+  if (keepingOther_ && otherRead_ > 0 && mergeRows_) {
+    way.replayable = true;
+    way.otherSource = mergeRows_->Source();
+    way.otherCount = otherRead_;
+  } else {
+    way.otherPlaces.clear();
+    way.otherRecords.clear();
+  }
+  keepingOther_ = false;
+}
+
+std::vector<int64_t> RecordMatcher::replayOtherWay(ado::Recordset& records, int64_t& count) {
+  if (!usingOtherWay_) return {};
+  OtherWay& way = *usingOtherWay_;
+  try {
+    if (!way.replayable || way.otherPlaces.empty() || records.Source() != way.otherSource ||
+        records.isEOF() || records.getFields().Count() != static_cast<int32_t>(columns_.size()))
+      return {};
+    for (const auto& record : way.otherRecords)
+      if (record.size() != columns_.size()) return {};
+    count = way.otherCount;
+    std::vector<int64_t> places = std::move(way.otherPlaces);
+    records.ReplaceRemainingRows(std::move(way.otherRecords));
+    way.replayable = false;
+    way.otherPlaces.clear();
+    way.otherRecords.clear();
+    ++totals.keptOnly;
+    return places;
+  } catch (...) {
+    way.replayable = false;
+    return {};
+  }
+}
+
+void RecordMatcher::countMatchedUnread(int64_t records) {
+  totals.matched += records;
+  totals.otherWay += records;
 }
 
 bool RecordMatcher::OtherWay::addUncertainKey(int64_t key, Records records) {

@@ -99,6 +99,16 @@ class RecordMatcher {
   // are read, and the other way's decisions become ready for the walk of B against A.
   void completeOtherWay() noexcept;
 
+  // The walk of B against A right after A against B, when the first walk read B's records from
+  // the very statement this walk runs on B (its own, records, on its first record) and kept
+  // those it needs: the records under keys whose match is not certain, and the last one. The
+  // walk then goes through those alone (records' rows are replaced by them), the others being
+  // matched. Returns, for each of them, its place among all the statement's records (from 0);
+  // empty when the walk reads its own statement. count: how many records the statement has.
+  std::vector<int64_t> replayOtherWay(ado::Recordset& records, int64_t& count);
+  // Counts records decided as matched without being read (see replayOtherWay).
+  void countMatchedUnread(int64_t records);
+
   // How the decisions of every matcher on this thread went so far, for benchmarks and tests.
   struct Counts {
     int64_t matched = 0, notMatched = 0, askedEngine = 0;
@@ -107,6 +117,7 @@ class RecordMatcher {
     int64_t otherWay = 0;  // ... from what the walk the other way kept
     int64_t walkStatementsRead = 0;  // merges that read the statement the walk opened on B
     int64_t readAhead = 0;           // merges that read B's records on a thread of their own
+    int64_t keptOnly = 0;  // walks that went through only the records the walk the other way kept
   };
   static const Counts& threadTotals();
 
@@ -260,6 +271,7 @@ class RecordMatcher {
     bool keyed = false;
     std::vector<vb::Variant> values;
     bool matchedOtherWay = false;  // an A record with the same values has its strict match here
+    int64_t place = 0;             // among B's records, when keepingOther_
   };
   std::vector<GroupRecord> group_;
   // A group record's strict key, made now if it was not yet.
@@ -275,9 +287,27 @@ class RecordMatcher {
   bool collecting_ = false;
   std::vector<std::vector<vb::Variant>> ownGroup_;
   size_t ownGroupSize_ = 0;
+  // ... and B's whole records for the second walk to go through (see replayOtherWay), while
+  // keepingOther_: B's records read so far, the group records not covered (out of group_), and
+  // the last record of a certain group.
+  bool keepingOther_ = false;
+  int64_t otherRead_ = 0;
+  struct PlacedRecord {
+    int64_t place = 0;
+    std::vector<vb::Variant> values;
+  };
+  std::vector<PlacedRecord> uncovered_;
+  PlacedRecord lastCertain_;
+  bool haveLastCertain_ = false;
+  // Keeps B's current record (row, swapped out) under a key A does not have.
+  void keepOtherRecord(std::vector<vb::Variant>& row);
+  // Keeps B's records of group_ (closing an uncertain group).
+  void keepOtherGroup();
+  // Completes what is kept: B's last record, and whether the second walk can go through it.
+  void finishKeeping();
   // The second walk: the first one's decisions (nullptr when not used), and which of its keys
   // group_ holds.
-  const OtherWay* usingOtherWay_ = nullptr;
+  OtherWay* usingOtherWay_ = nullptr;
   bool haveGroupKey_ = false;
   int64_t groupKey_ = 0;
   size_t nextUncertain_ = 0;  // the first of the uncertain keys not before the walk's key
@@ -303,6 +333,15 @@ struct RecordMatcher::OtherWay {
   std::vector<std::pair<int64_t, Records>> uncertainKeys;
   // Appends the key; false when it is not past the last one (then nothing is kept).
   bool addUncertainKey(int64_t key, Records records = {});
+  // B's records that the second walk needs, when it may go through them instead of reading its
+  // statement (replayable): those under the uncertain keys and B's last record, in B's order,
+  // each with its place among B's records and the values of its every column. otherSource:
+  // B's statement they come from; otherCount: how many records it returned.
+  bool replayable = false;
+  std::string otherSource;
+  int64_t otherCount = 0;
+  std::vector<int64_t> otherPlaces;
+  std::vector<std::vector<vb::Variant>> otherRecords;
 };
 
 }  // namespace varsentix::engine

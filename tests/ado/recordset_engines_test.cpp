@@ -586,6 +586,40 @@ TEST_P(RecordsetOnEngine, ValueIntoReadsWhatFieldValueReadsIntoTheSameVariantRow
   }
 }
 
+TEST_P(RecordsetOnEngine, AWalkThatHoldsItsRemainingRowsGoesOnThroughThemAndMovingBackRunsTheStatementAgain) {
+  ADO_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE v (id INTEGER, name VARCHAR(60))");
+  db->exec("INSERT INTO v VALUES (1, 'one'), (2, 'two'), (3, 'three'), (4, 'four')");
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open(db->connectionString());
+  auto rs = open(cn, "select id, name from v order by id");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field(0).Value().toText(), "2");
+  // The rest as the walk holds them: not the statement's.
+  rs->ReplaceRemainingRows({{vb::Variant(int32_t{20}), vb::Variant(std::string("twenty"))},
+                            {vb::Variant(int32_t{40}), vb::Variant::null()}});
+  ASSERT_FALSE(rs->isEOF());
+  EXPECT_FALSE(rs->isBOF());
+  EXPECT_EQ(rs->field(0).Value().toText(), "20");
+  EXPECT_EQ(rs->field(1).Value().toText(), "twenty");
+  EXPECT_EQ(rs->field(1).ActualSize(), 6);
+  EXPECT_EQ(rs->field(1).Name(), "name");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field(0).Value().toText(), "40");
+  EXPECT_TRUE(rs->field(1).Value().isNull());
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+  rs->MoveFirst();
+  EXPECT_EQ(rs->field(1).Value().toText(), "one");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field(1).Value().toText(), "two");
+  // None left: the record set is at its end.
+  rs->ReplaceRemainingRows({});
+  EXPECT_TRUE(rs->isEOF());
+  rs->Close();
+  EXPECT_EQ(expectVBError([&] { rs->ReplaceRemainingRows({}); }).number(), vb::errnum::ObjectClosed);
+}
+
 TEST_P(RecordsetOnEngine, ValuesReadInAnyOrderSkippedOrTwiceAreThoseOfTheirRow) {
   // A walk may read one column of a row, or go back to an earlier one, or read one twice: each
   // read gives the row's value, long texts read in pieces included.

@@ -61,3 +61,20 @@ TEST(MessageText, AMillionOutcomesAreCountedNotStored) {
   EXPECT_EQ(whole.size(), 26000000u);
   EXPECT_EQ(whole.substr(whole.size() - 26), " Successfully Completed ||");
 }
+
+TEST(MessageText, APieceAppendedManyTimesOverIsTheSameTextAsAppendedOneByOne) {
+  MessageText once, many;
+  for (int i = 0; i < 3; ++i) once += "ab";
+  once += "c";
+  for (int i = 0; i < 2; ++i) once += "c";
+  many.append("ab", 2);
+  many.append("ab", 1);
+  many.append("c", 0);  // nothing
+  many.append("", 5);   // nothing
+  many.append("c", 3);
+  EXPECT_EQ(many.str(), once.str());
+  EXPECT_EQ(many.str(), "abababccc");
+  EXPECT_EQ(many.size(), 9u);
+  many.append(" Successfully Completed ||", 1000000);
+  EXPECT_EQ(many.size(), 9u + 26000000u);
+}

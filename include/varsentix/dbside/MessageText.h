@@ -18,6 +18,8 @@ class MessageText {
   // The same, without copying the text when the message already is that text.
   void assign(std::string_view text);
   MessageText& operator+=(std::string_view piece);
+  // piece appended times times over.
+  void append(std::string_view piece, uint64_t times);
   void clear() { runs_.clear(); }
   bool empty() const { return runs_.empty(); }
   // The whole text.

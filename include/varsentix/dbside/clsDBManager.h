@@ -170,6 +170,7 @@ class clsDBManager {
   void setReturnSQLMessage(const std::string& messageIn) { returnSQLMessage_.assign(messageIn); }
   // The same as setReturnSQLMessage(getReturnSQLMessage() + piece), without copying the text.
   void appendReturnSQLMessage(std::string_view piece) { returnSQLMessage_ += piece; }
+  void appendReturnSQLMessage(std::string_view piece, uint64_t times) { returnSQLMessage_.append(piece, times); }
   bool getShowViews() const { return showViews_; }
   void setShowViews(const bool& showViewsIn) { showViews_ = showViewsIn; }
   int32_t getFieldCount() const { return fieldCount_; }

@@ -161,6 +161,9 @@ Fields& Recordset::getFields() { return *fields_; }
 Field Recordset::field(int32_t index) { return fields_->Item(index); }
 Field Recordset::field(const std::string& name) { return fields_->Item(name); }
 void Recordset::ValueInto(int32_t index, vb::Variant& out) { impl_->valueInto(index, out); }
+void Recordset::ReplaceRemainingRows(std::vector<std::vector<vb::Variant>> rows) {
+  impl_->replaceRemainingRows(std::move(rows));
+}
 
 void Recordset::AddNew() { impl_->addNew(); }
 void Recordset::Update() { impl_->update(); }

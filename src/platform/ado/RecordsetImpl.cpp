@@ -1,5 +1,6 @@
 #include "platform/ado/RecordsetImpl.h"
 
+#include <algorithm>
 #include <set>
 
 #include "platform/ado/TypeInfo.h"
@@ -93,6 +94,25 @@ void RecordsetImpl::close() {
   columns_.clear();
   connection_.reset();
   bof_ = eof_ = true;
+}
+
+void RecordsetImpl::replaceRemainingRows(std::vector<Row> rows) {
+  requireOpen();
+  if (inMemory_) raise(vb::errnum::NotSupported);  // its rows are at hand already
+  editMode_ = adEditNone;
+  // The rows take the places from the current one on; reopen_ still runs the statement again.
+  const int64_t first = std::max<int64_t>(pos_, 0);
+  cursor_ = std::make_unique<MemoryCursor>(columns_, std::move(rows));
+  lazy_ = false;
+  materialized_ = false;
+  cursorPos_ = first - 1;
+  cursorDone_ = false;
+  currentValid_ = false;
+  knownCount_ = -1;
+  const bool any = goTo(first);
+  pos_ = first;
+  bof_ = first == 0 && !any;
+  eof_ = !any;
 }
 
 void RecordsetImpl::raiseClosed() { raise(vb::errnum::ObjectClosed); }

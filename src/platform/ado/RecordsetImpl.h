@@ -33,6 +33,8 @@ class RecordsetImpl {
   void openInMemory(std::shared_ptr<Connection> connection, std::string source,
                     std::vector<ColumnInfo> columns, std::vector<Row> rows, std::string baseTable);
   void close();
+  // Goes on through rows instead of the cursor's (see Recordset::ReplaceRemainingRows).
+  void replaceRemainingRows(std::vector<Row> rows);
   bool isOpen() const { return open_; }
   const std::string& source() const { return source_; }
 

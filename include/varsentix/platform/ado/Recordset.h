@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "varsentix/platform/ado/Enums.h"
 #include "varsentix/platform/vb/Ref.h"
@@ -103,6 +104,11 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   // field(index).Value() read into out: out's room (its text) is reused where the provider can,
   // so a walk that reads the same columns row after row does not allocate for them.
   void ValueInto(int32_t index, vb::Variant& out);
+  // For a forward-only walk that already holds the rest of its rows, each as field(i).Value()
+  // gives it: the record set goes on through those instead of the provider's, from the first of
+  // them (at its end when there are none). The provider's cursor is let go. Moving back runs
+  // the statement again. Raises 3704 when closed, 3251 for rows held in memory.
+  void ReplaceRemainingRows(std::vector<std::vector<vb::Variant>> rows);
 
   // Starts a new row in the edit buffer; Update inserts it.
   void AddNew();
