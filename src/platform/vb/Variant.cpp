@@ -141,17 +141,6 @@ std::string Currency::toText() const {
   return negative ? "-" + text : text;
 }
 
-VarType Variant::type() const {
-  // By the alternative's index (the order of value_'s alternatives): a table, not a visit, as
-  // record-set walks ask for the type of every value.
-  static constexpr VarType kTypes[] = {
-      VarType::Empty,    VarType::Null,     VarType::Boolean, VarType::Integer, VarType::Long,
-      VarType::LongLong, VarType::Single,   VarType::Double,  VarType::Currency, VarType::Decimal,
-      VarType::Date,     VarType::String,   VarType::Bytes};
-  static_assert(sizeof kTypes / sizeof kTypes[0] == std::variant_size_v<decltype(value_)>);
-  return kTypes[value_.index()];
-}
-
 std::string Variant::toText() const {
   return std::visit(Overloaded{
                         [](std::monostate) { return std::string(); },
@@ -180,7 +169,7 @@ std::string Variant::toText() const {
                     value_);
 }
 
-double Variant::toDouble() const {
+double Variant::toDoubleSlowly() const {
   return std::visit(Overloaded{
                         [](std::monostate) { return 0.0; },
                         [](NullTag) -> double { raiseError(errnum::InvalidUseOfNull); },
@@ -202,8 +191,7 @@ double Variant::toDouble() const {
 int16_t Variant::toInt16() const { return CInt(toDouble()); }
 int32_t Variant::toInt32() const { return CLng(toDouble()); }
 
-int64_t Variant::toInt64() const {
-  if (auto* v = std::get_if<int64_t>(&value_)) return *v;
+int64_t Variant::toInt64Slowly() const {
   double d = std::nearbyint(toDouble());
   if (std::isnan(d) || d < -9.2233720368547758e18 || d >= 9.2233720368547758e18)
     raiseError(errnum::Overflow);
@@ -219,10 +207,7 @@ bool Variant::toBool() const {
   return toDouble() != 0.0;
 }
 
-const std::string& Variant::asString() const {
-  if (auto* v = std::get_if<std::string>(&value_)) return *v;
-  raiseError(errnum::TypeMismatch);
-}
+void Variant::raiseTypeMismatch() { raiseError(errnum::TypeMismatch); }
 
 const Bytes& Variant::asBytes() const {
   if (auto* v = std::get_if<Bytes>(&value_)) return *v;

@@ -79,7 +79,16 @@ class Variant {
   Variant(const char* v) : value_(std::string(v)) {}
   Variant(Bytes v) : value_(std::move(v)) {}
 
-  VarType type() const;
+  VarType type() const {
+    // By the alternative's index (the order of value_'s alternatives): a table, not a visit, as
+    // record-set walks ask for the type of every value.
+    static constexpr VarType kTypes[] = {
+        VarType::Empty,    VarType::Null,     VarType::Boolean, VarType::Integer, VarType::Long,
+        VarType::LongLong, VarType::Single,   VarType::Double,  VarType::Currency, VarType::Decimal,
+        VarType::Date,     VarType::String,   VarType::Bytes};
+    static_assert(sizeof kTypes / sizeof kTypes[0] == std::variant_size_v<decltype(value_)>);
+    return kTypes[value_.index()];
+  }
   bool isEmpty() const { return value_.index() == 0; }
   bool isNull() const { return std::holds_alternative<NullTag>(value_); }
 
@@ -91,18 +100,33 @@ class Variant {
   // CInt / CLng / CDbl / CBool of the value (13 for text that is not a number, 94 for Null).
   int16_t toInt16() const;
   int32_t toInt32() const;
-  int64_t toInt64() const;
-  double toDouble() const;
+  int64_t toInt64() const {
+    // Integers as they are, inline: comparisons ask for every key.
+    if (auto* v = std::get_if<int64_t>(&value_)) return *v;
+    if (auto* v = std::get_if<int32_t>(&value_)) return *v;
+    return toInt64Slowly();
+  }
+  double toDouble() const {
+    if (auto* v = std::get_if<double>(&value_)) return *v;
+    return toDoubleSlowly();
+  }
   bool toBool() const;
 
   // Typed access; raises 13 "Type mismatch" when the sub-type differs.
-  const std::string& asString() const;
+  const std::string& asString() const {
+    if (auto* v = std::get_if<std::string>(&value_)) return *v;
+    raiseTypeMismatch();
+  }
   const Bytes& asBytes() const;
   const DateTime& asDateTime() const;
 
   bool operator==(const Variant& other) const = default;
 
  private:
+  int64_t toInt64Slowly() const;
+  double toDoubleSlowly() const;
+  [[noreturn]] static void raiseTypeMismatch();
+
   std::variant<std::monostate, NullTag, bool, int16_t, int32_t, int64_t, float, double, Currency,
                Decimal, DateTime, std::string, Bytes>
       value_;
