@@ -98,10 +98,15 @@ class RecordLookup {
   void prepare(int64_t mostRecords = -1, const std::string& orderedBy = "", bool unreadMatches = false) {
     if (mostRecords >= 0 && mostRecords <= kFewRecords) return;
     auto records = A_.getDatabaseRecords();
-    if (records->State() == ado::adStateOpen && !records->isEOF()) {
-      matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_);
-      if (matcher_ && unreadMatches) keptPlaces_ = matcher_->replayOtherWay(*records, recordCount_);
+    if (records->State() != ado::adStateOpen) return;
+    if (unreadMatches) {
+      // Before A's statement is read: it need not be (the records kept take its rows' place).
+      matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_, true);
+      if (matcher_) keptPlaces_ = matcher_->replayOtherWay(*records, recordCount_);
+      if (!keptPlaces_.empty()) return;
+      matcher_.reset();
     }
+    if (!records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_);
   }
   void compare(int16_t columnCount) {
     if (nextKept_ < keptPlaces_.size()) {
@@ -330,12 +335,18 @@ void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::Ot
     orderBy = ModADO::getFirstComparableFieldName(A, tableName);
     query = buildSelectStatement(A);
     if (!orderBy.empty()) query += " order by [" + orderBy + "]";
+    if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query)) {
+      // The walk may go through what the first walk kept: its statements are opened (their
+      // fields known) and read only if it does not.
+      A.getDatabaseRecords()->DeferFirstRow();
+      B.getDatabaseRecords()->DeferFirstRow();
+    }
     openOnBothSides(A, B, query);
     auto records = A.getDatabaseRecords();
     if (records->State() == ado::adStateOpen) {
+      lookup.prepare(-1, orderBy, true);
       int16_t columnCount = 0;
       if (!records->isBOF()) columnCount = ModADO::getRecordSetFieldCount(A);
-      lookup.prepare(-1, orderBy, true);
       while (!records->isEOF()) {
         lookup.compare(columnCount);
         records->MoveNext();

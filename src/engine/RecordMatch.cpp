@@ -234,7 +234,8 @@ const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
 std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B,
-                                                     const std::string& orderedBy, OtherWay* otherWay) {
+                                                     const std::string& orderedBy, OtherWay* otherWay,
+                                                     bool keptOnly) {
   if (literalMatching) return nullptr;
   try {
     std::unique_ptr<RecordMatcher> matcher(new RecordMatcher());
@@ -285,6 +286,7 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
       matcher->usingOtherWay_ = otherWay;
       return matcher;
     }
+    if (keptOnly) return nullptr;
     // An ordered walk (the single-table compare's) raises no events while it runs: nothing but
     // the walk itself uses B's connection, so B's records can be read on a thread of their own.
     // The buffered walks raise events, whose handlers may use it. Only SQLite's own provider
@@ -769,12 +771,27 @@ void RecordMatcher::finishKeeping() {
   keepingOther_ = false;
 }
 
+bool RecordMatcher::mayGoThroughKept(const OtherWay* otherWay, clsDBManager& A, clsDBManager& B,
+                                     const std::string& query) {
+  if (literalMatching || !otherWay || !otherWay->complete || !otherWay->replayable || otherWay->otherSource != query)
+    return false;
+  try {
+    // The first walk's B is this walk's A, and the other way round.
+    auto own = A.getDatabaseConnection();
+    auto other = B.getDatabaseConnection();
+    return own && other && &*own == otherWay->otherConnection && &*other == otherWay->ownConnection;
+  } catch (...) {
+    return false;
+  }
+}
+
 std::vector<int64_t> RecordMatcher::replayOtherWay(ado::Recordset& records, int64_t& count) {
   if (!usingOtherWay_) return {};
   OtherWay& way = *usingOtherWay_;
   try {
+    // records may not have read its first row yet: nothing here reads it.
     if (!way.replayable || way.otherPlaces.empty() || records.Source() != way.otherSource ||
-        records.isEOF() || records.getFields().Count() != static_cast<int32_t>(columns_.size()))
+        records.getFields().Count() != static_cast<int32_t>(columns_.size()))
       return {};
     for (const auto& record : way.otherRecords)
       if (record.size() != columns_.size()) return {};

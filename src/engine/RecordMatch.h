@@ -71,10 +71,16 @@ class RecordMatcher {
   // do).
   // otherWay: shared by the two walks of a compare in both directions; the first fills it, the
   // second uses it when it walks the same table and columns the other way.
+  // keptOnly: only a matcher that decides from what the walk the other way kept (nullptr
+  // otherwise, nothing of either side read).
   struct OtherWay;
   static std::unique_ptr<RecordMatcher> prepare(clsDBManager& A, clsDBManager& B,
                                                 const std::string& orderedBy = "",
-                                                OtherWay* otherWay = nullptr);
+                                                OtherWay* otherWay = nullptr, bool keptOnly = false);
+  // Whether the walk of A against B opening query may go through the records the walk the other
+  // way kept (see replayOtherWay): the statement it opens on either side need not be read.
+  static bool mayGoThroughKept(const OtherWay* otherWay, clsDBManager& A, clsDBManager& B,
+                               const std::string& query);
 
   // When the merge read the statement the walk opened on B and the walk left it open (it failed),
   // the statement is put back on its first record, where the walk leaves it.

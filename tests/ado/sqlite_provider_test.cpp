@@ -338,3 +338,46 @@ TEST(SqliteProvider, KeyRowsetsSeeWhatAnotherConnectionChanges) {
   EXPECT_EQ(foreignKeys(*cn, "parent"),
             (std::vector<std::string>{"child.pid>parent.id", "child.pcode>parent.code", "child.pid>parent.id"}));
 }
+
+TEST(SqliteProvider, AnOpenWhoseFirstRowIsDeferredReadsItOnFirstUseAndNotAtAllWhenClosedFirst) {
+  TempDir dir;
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + emptyDatabase(dir));
+  // A statement of a table's column that prepares and fails at its first step.
+  const std::string failing = "select v as x from seeded where abs(-9223372036854775807 - 1) > 0";
+  auto rs = vb::Ref<Recordset>::make();
+  EXPECT_EQ(expectVBError([&] { rs->Open(failing, cn, adOpenForwardOnly, adLockReadOnly, adCmdText); }).description(),
+            "integer overflow");
+  EXPECT_EQ(rs->State(), adStateClosed);
+
+  rs->DeferFirstRow();
+  rs->Open(failing, cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->State(), adStateOpen);
+  EXPECT_EQ(rs->getFields().Count(), 1);  // its fields are known
+  EXPECT_EQ(rs->field(0).Name(), "x");
+  rs->Close();  // nothing read, nothing raised
+
+  rs->DeferFirstRow();
+  rs->Open(failing, cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(expectVBError([&] { (void)rs->isEOF(); }).description(), "integer overflow");
+  rs->Close();
+
+  // Rows put in place of the statement's before it is read: the statement is not read.
+  rs->DeferFirstRow();
+  rs->Open(failing, cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  rs->ReplaceRemainingRows({{vb::Variant(std::string("seven"))}});
+  EXPECT_FALSE(rs->isBOF());
+  EXPECT_EQ(rs->field(0).Value().toText(), "seven");
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+  rs->Close();
+
+  // The deferral is the next Open's alone.
+  EXPECT_THROW(rs->Open(failing, cn, adOpenForwardOnly, adLockReadOnly, adCmdText), vb::VBError);
+  rs->DeferFirstRow();
+  rs->Open("select v from seeded", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_FALSE(rs->isBOF());
+  EXPECT_EQ(rs->field(0).Value().toText(), "x");
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+}

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "platform/ado/RecordsetImpl.h"
 #include "platform/ado/TypeInfo.h"
@@ -111,6 +112,7 @@ void Recordset::setCursorLocation(CursorLocationEnum value) {
 
 void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activeConnection,
                      CursorTypeEnum cursorType, LockTypeEnum lockType, int32_t options) {
+  const bool deferFirst = std::exchange(impl_->deferFirstRow, false);  // this Open's alone
   if (impl_->isOpen()) vb::raiseError(vb::errnum::ObjectOpen);
   if (cursorType != adOpenUnspecified) impl_->cursorType = cursorType;
   if (lockType != adLockUnspecified) impl_->lockType = lockType;
@@ -138,13 +140,15 @@ void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activ
     auto cursor = session.openTable(table);
     auto reopen = [connection, table] { return connection->session().openTable(table); };
     impl_->openStreaming(connection, source, std::move(cursor), reopen,
-                         "SELECT * FROM " + bracketed(table), table);
+                         "SELECT * FROM " + bracketed(table), table, deferFirst);
   } else {
     auto cursor = session.query(source);
     auto reopen = [connection, source] { return connection->session().query(source); };
-    impl_->openStreaming(connection, source, std::move(cursor), reopen, source, "");
+    impl_->openStreaming(connection, source, std::move(cursor), reopen, source, "", deferFirst);
   }
 }
+
+void Recordset::DeferFirstRow() { impl_->deferFirstRow = true; }
 
 void Recordset::Close() { impl_->close(); }
 ObjectStateEnum Recordset::State() const { return impl_->isOpen() ? adStateOpen : adStateClosed; }

@@ -37,7 +37,7 @@ std::string commonBaseTable(const std::vector<ColumnInfo>& columns) {
 
 void RecordsetImpl::openStreaming(std::shared_ptr<Connection> connection, std::string source,
                                   std::unique_ptr<RowCursor> cursor, Reopen reopen,
-                                  std::string countSql, std::string baseTable) {
+                                  std::string countSql, std::string baseTable, bool deferFirst) {
   columns_ = cursor->columns();
   connection_ = std::move(connection);
   source_ = std::move(source);
@@ -59,6 +59,23 @@ void RecordsetImpl::openStreaming(std::shared_ptr<Connection> connection, std::s
   rows_.clear();
   open_ = true;
   editMode_ = adEditNone;
+  firstPending_ = false;
+  if (deferFirst) {
+    firstPending_ = true;
+    pos_ = -1;
+    bof_ = eof_ = true;
+    return;
+  }
+  try {
+    readFirst();
+  } catch (...) {
+    close();  // an Open that fails leaves the record set closed
+    throw;
+  }
+}
+
+void RecordsetImpl::readFirst() {
+  firstPending_ = false;
   bool any = goTo(0);
   pos_ = any ? 0 : -1;
   bof_ = eof_ = !any;
@@ -83,8 +100,9 @@ void RecordsetImpl::openInMemory(std::shared_ptr<Connection> connection, std::st
 }
 
 void RecordsetImpl::close() {
-  requireOpen();
+  if (!open_) raiseClosed();  // a first row not read yet is not read now
   open_ = false;
+  firstPending_ = false;
   editMode_ = adEditNone;
   cursor_.reset();
   reopen_ = nullptr;
@@ -97,9 +115,14 @@ void RecordsetImpl::close() {
 }
 
 void RecordsetImpl::replaceRemainingRows(std::vector<Row> rows) {
-  requireOpen();
+  if (!open_) raiseClosed();
   if (inMemory_) raise(vb::errnum::NotSupported);  // its rows are at hand already
   editMode_ = adEditNone;
+  if (firstPending_) {
+    // The statement's rows are not read at all.
+    firstPending_ = false;
+    pos_ = 0;
+  }
   // The rows take the places from the current one on; reopen_ still runs the statement again.
   const int64_t first = std::max<int64_t>(pos_, 0);
   cursor_ = std::make_unique<MemoryCursor>(columns_, std::move(rows));

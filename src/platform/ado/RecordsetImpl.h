@@ -26,9 +26,12 @@ class RecordsetImpl {
   // Opens over a provider cursor that streams its rows. countSql counts them on demand
   // (empty: counted by walking a fresh cursor). baseTable: the table writes go to ("" to take
   // it from the columns' metadata).
+  // deferFirst: the first row is read when the record set is first used, not now.
   void openStreaming(std::shared_ptr<Connection> connection, std::string source,
                      std::unique_ptr<RowCursor> cursor, Reopen reopen, std::string countSql,
-                     std::string baseTable);
+                     std::string baseTable, bool deferFirst = false);
+  // Set by Recordset::DeferFirstRow for the next Open.
+  bool deferFirstRow = false;
   // Opens over rows held in memory; connection may be null (writes then stay in memory).
   void openInMemory(std::shared_ptr<Connection> connection, std::string source,
                     std::vector<ColumnInfo> columns, std::vector<Row> rows, std::string baseTable);
@@ -97,7 +100,10 @@ class RecordsetImpl {
  private:
   void requireOpen() const {
     if (!open_) raiseClosed();
+    if (firstPending_) const_cast<RecordsetImpl*>(this)->readFirst();
   }
+  // Reads the first row of an open whose first row was deferred.
+  void readFirst();
   [[noreturn]] static void raiseClosed();
   [[noreturn]] static void raiseNoSuchItem();
   void requireCurrent() const;
@@ -139,6 +145,9 @@ class RecordsetImpl {
   bool bof_ = true;
   bool eof_ = true;
   int64_t knownCount_ = -1;
+  // The first row is not read yet (bof_ and eof_ are set meanwhile, so that the inline reads
+  // take the way that checks).
+  bool firstPending_ = false;
 
   EditModeEnum editMode_ = adEditNone;
   Row editBuffer_;

@@ -109,6 +109,12 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   // them (at its end when there are none). The provider's cursor is let go. Moving back runs
   // the statement again. Raises 3704 when closed, 3251 for rows held in memory.
   void ReplaceRemainingRows(std::vector<std::vector<vb::Variant>> rows);
+  // For a walk that may never read the statement it opens: the next Open of a statement
+  // prepares it (its fields are known) and reads its first row when the record set is first
+  // used (BOF, EOF, a value, a move), not at once; a statement that sorts a table sorts it then.
+  // A failure of that first read is raised by that use. Closing it, or ReplaceRemainingRows,
+  // before any use reads nothing.
+  void DeferFirstRow();
 
   // Starts a new row in the edit buffer; Update inserts it.
   void AddNew();

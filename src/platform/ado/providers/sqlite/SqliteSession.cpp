@@ -281,12 +281,27 @@ class SqliteCursor : public RowCursor {
  public:
   SqliteCursor(sqlite3* db, Statement stmt, const SqliteSession& session)
       : db_(db), stmt_(std::move(stmt)), source_(session.providerName()) {
-    step();
+    // A computed column takes the type of its first value: the first row is read now. Columns of
+    // tables are described by their declarations, and the first row is read by the first
+    // advance (a statement that sorts sorts then).
+    for (int i = 0, count = sqlite3_column_count(stmt_.get()); i < count; ++i) {
+      if (sqlite3_column_decltype(stmt_.get(), i) == nullptr) {
+        step();
+        started_ = true;
+        pending_ = true;
+        break;
+      }
+    }
     describe(session);
   }
   const std::vector<ColumnInfo>& columns() const override { return columns_; }
   bool supportsValueAt() const override { return true; }
   bool advance() override {
+    if (!started_) {
+      started_ = true;
+      step();
+      return hasRow_;
+    }
     if (!hasRow_) return false;
     if (pending_) {
       pending_ = false;  // the first row was stepped to when the cursor was made
@@ -330,8 +345,9 @@ class SqliteCursor : public RowCursor {
   std::string source_;
   std::vector<ColumnInfo> columns_;
   std::vector<bool> textColumns_;  // per column: isTextType(type)
+  bool started_ = false;  // the statement was stepped
   bool hasRow_ = false;
-  bool pending_ = true;
+  bool pending_ = false;  // the first row was stepped to when the cursor was made
 };
 
 void SqliteCursor::describe(const SqliteSession& session) {
