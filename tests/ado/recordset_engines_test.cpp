@@ -620,6 +620,44 @@ TEST_P(RecordsetOnEngine, AWalkThatHoldsItsRemainingRowsGoesOnThroughThemAndMovi
   EXPECT_EQ(expectVBError([&] { rs->ReplaceRemainingRows({}); }).number(), vb::errnum::ObjectClosed);
 }
 
+TEST_P(RecordsetOnEngine, AnOpenWhoseFirstRowIsDeferredKnowsItsFieldsAndReadsTheSameRowsWhenWalked) {
+  ADO_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE v (id INTEGER, name VARCHAR(60))");
+  db->exec("INSERT INTO v VALUES (3, 'three'), (1, 'one'), (2, NULL)");
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open(db->connectionString());
+  auto walk = [&](bool deferred) {
+    auto rs = vb::Ref<Recordset>::make();
+    if (deferred) rs->DeferFirstRow();
+    rs->Open("select id, name from v order by id", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+    std::string out = std::to_string(rs->getFields().Count()) + " " + rs->field(1).Name() + ":";
+    for (; !rs->isEOF(); rs->MoveNext())
+      out += " " + rs->field(0).Value().toText() + "=" + (rs->field(1).Value().isNull() ? "Null" : rs->field(1).Value().toText());
+    rs->MoveFirst();  // runs the statement again
+    out += " first " + rs->field(0).Value().toText();
+    rs->Close();
+    return out;
+  };
+  EXPECT_EQ(walk(true), "2 name: 1=one 2=Null 3=three first 1");
+  EXPECT_EQ(walk(true), walk(false));
+  // Opened and closed unread; opened and given rows of the walk's own.
+  auto rs = vb::Ref<Recordset>::make();
+  rs->DeferFirstRow();
+  rs->Open("select id, name from v order by id", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->State(), adStateOpen);
+  rs->Close();
+  rs->DeferFirstRow();
+  rs->Open("select id, name from v order by id", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  rs->ReplaceRemainingRows({{vb::Variant(int32_t{9}), vb::Variant(std::string("nine"))}});
+  EXPECT_EQ(rs->field(1).Value().toText(), "nine");
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+  rs->Close();
+  // The connection serves other statements after those left unread.
+  auto count = open(cn, "select count(*) from v");
+  EXPECT_EQ(count->field(0).Value().toText(), "3");
+}
+
 TEST_P(RecordsetOnEngine, ValuesReadInAnyOrderSkippedOrTwiceAreThoseOfTheirRow) {
   // A walk may read one column of a row, or go back to an earlier one, or read one twice: each
   // read gives the row's value, long texts read in pieces included.

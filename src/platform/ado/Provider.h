@@ -60,6 +60,10 @@ class ProviderSession {
 
   // Runs a statement that returns rows.
   virtual std::unique_ptr<RowCursor> query(const std::string& sql) = 0;
+  // The same, for a cursor whose statement need not run before its first advance (its columns
+  // are described now; a failure to run it is raised by that advance). Providers whose cursors
+  // run their statement as they are made give query's.
+  virtual std::unique_ptr<RowCursor> queryDeferred(const std::string& sql) { return query(sql); }
   // Runs a statement; returns rows affected (matched, for UPDATE) or -1 when not applicable.
   // A statement that returns rows may be given too: its rows are discarded.
   virtual int64_t execute(const std::string& sql) = 0;

@@ -142,7 +142,7 @@ void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activ
     impl_->openStreaming(connection, source, std::move(cursor), reopen,
                          "SELECT * FROM " + bracketed(table), table, deferFirst);
   } else {
-    auto cursor = session.query(source);
+    auto cursor = deferFirst ? session.queryDeferred(source) : session.query(source);
     auto reopen = [connection, source] { return connection->session().query(source); };
     impl_->openStreaming(connection, source, std::move(cursor), reopen, source, "", deferFirst);
   }

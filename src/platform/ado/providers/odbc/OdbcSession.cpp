@@ -162,6 +162,7 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   // ProviderSession
   std::string providerName() const override { return "MSDASQL"; }
   std::unique_ptr<RowCursor> query(const std::string& sql) override;
+  std::unique_ptr<RowCursor> queryDeferred(const std::string& sql) override;
   int64_t execute(const std::string& sql) override;
   std::unique_ptr<RowCursor> openTable(const std::string& table) override;
   int64_t countRows(const std::string& sql) override;
@@ -211,6 +212,8 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
                                    const std::string& password, Dbms dbms) const;
   std::unique_ptr<Statement> newStatement();
   void execDirect(Statement& stmt, const std::string& nativeSql);
+  // SQLPrepare(W) of nativeSql on stmt.
+  void prepare(Statement& stmt, const std::string& nativeSql);
   std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
   std::string translate(const std::string& sql) const;
   std::vector<TableRow> tableRows();
@@ -247,8 +250,13 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
 
 class OdbcCursor final : public RowCursor {
  public:
-  OdbcCursor(std::shared_ptr<OdbcSession> session, std::unique_ptr<Statement> stmt)
-      : owner_(std::move(session)), session_(*owner_), api_(session_.api()), stmt_(std::move(stmt)) {
+  // unexecuted: stmt is prepared, and executed by the first advance.
+  OdbcCursor(std::shared_ptr<OdbcSession> session, std::unique_ptr<Statement> stmt, bool unexecuted = false)
+      : owner_(std::move(session)),
+        session_(*owner_),
+        api_(session_.api()),
+        stmt_(std::move(stmt)),
+        unexecuted_(unexecuted) {
     describe();
   }
   const std::vector<ColumnInfo>& columns() const override { return columns_; }
@@ -284,6 +292,7 @@ class OdbcCursor final : public RowCursor {
   std::unique_ptr<Statement> stmt_;
   std::vector<ColumnInfo> columns_;
   std::vector<Reader> readers_;
+  bool unexecuted_;
   bool done_ = false;
   std::vector<char> piece_ = std::vector<char>(kPieceBytes);
   std::vector<vb::Variant> row_;  // the current row's values read so far: row_[0, read_)
@@ -347,6 +356,14 @@ bool OdbcCursor::advance() {
   onRow_ = false;
   read_ = 0;
   if (done_) return false;
+  if (unexecuted_) {
+    unexecuted_ = false;
+    const SQLRETURN executed = api_.SQLExecute(stmt_->handle);
+    if (!SQL_SUCCEEDED(executed) && executed != SQL_NO_DATA) {
+      done_ = true;
+      session_.raise(SQL_HANDLE_STMT, stmt_->handle, "");
+    }
+  }
   SQLRETURN rc = api_.SQLFetch(stmt_->handle);
   if (rc == SQL_NO_DATA) {
     done_ = true;
@@ -768,6 +785,18 @@ std::string OdbcSession::translate(const std::string& sql) const {
   return native;
 }
 
+void OdbcSession::prepare(Statement& stmt, const std::string& nativeSql) {
+  SQLRETURN rc;
+  if (wide_) {
+    std::u16string w = utf8ToUtf16(nativeSql);
+    rc = api_.SQLPrepareW(stmt.handle, reinterpret_cast<SQLWCHAR*>(w.data()), static_cast<SQLINTEGER>(w.size()));
+  } else {
+    std::string a = nativeSql;
+    rc = api_.SQLPrepare(stmt.handle, reinterpret_cast<SQLCHAR*>(a.data()), static_cast<SQLINTEGER>(a.size()));
+  }
+  check(rc, SQL_HANDLE_STMT, stmt.handle);
+}
+
 std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql) {
   auto stmt = newStatement();
   execDirect(*stmt, nativeSql);
@@ -776,6 +805,12 @@ std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql
 
 std::unique_ptr<RowCursor> OdbcSession::query(const std::string& sql) {
   return queryNative(translate(sql));
+}
+
+std::unique_ptr<RowCursor> OdbcSession::queryDeferred(const std::string& sql) {
+  auto stmt = newStatement();
+  prepare(*stmt, translate(sql));
+  return std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt), true);
 }
 
 int64_t OdbcSession::execute(const std::string& sql) {
@@ -1252,17 +1287,8 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
                                   const std::vector<vb::Variant>& values,
                                   const std::vector<ColumnInfo>& valueColumns) {
   auto stmt = newStatement();
+  prepare(*stmt, nativeSql);
   SQLRETURN rc;
-  if (wide_) {
-    std::u16string w = utf8ToUtf16(nativeSql);
-    rc = api_.SQLPrepareW(stmt->handle, reinterpret_cast<SQLWCHAR*>(w.data()),
-                          static_cast<SQLINTEGER>(w.size()));
-  } else {
-    std::string a = nativeSql;
-    rc = api_.SQLPrepare(stmt->handle, reinterpret_cast<SQLCHAR*>(a.data()),
-                         static_cast<SQLINTEGER>(a.size()));
-  }
-  check(rc, SQL_HANDLE_STMT, stmt->handle);
 
   std::vector<Parameter> params(values.size());
   for (size_t i = 0; i < values.size(); ++i) {
@@ -1397,6 +1423,7 @@ class SessionHandle final : public ProviderSession {
 
   std::string providerName() const override { return s_->providerName(); }
   std::unique_ptr<RowCursor> query(const std::string& sql) override { return s_->query(sql); }
+  std::unique_ptr<RowCursor> queryDeferred(const std::string& sql) override { return s_->queryDeferred(sql); }
   int64_t execute(const std::string& sql) override { return s_->execute(sql); }
   std::unique_ptr<RowCursor> openTable(const std::string& table) override {
     return s_->openTable(table);
