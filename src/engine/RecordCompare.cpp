@@ -25,6 +25,12 @@ void appendRecordValueFailure(clsDBManager& A, int16_t k, int16_t columnCount) {
                           "FieldCount=" + vb::CStr(columnCount) + " ||");
 }
 
+// A side's message after a record looked up; made once, not per record.
+const std::string& completedText() {
+  static const std::string completed = "Successfully Completed";
+  return completed;
+}
+
 // A Long addition as VB does it: 6 "Overflow" past the int32 range.
 int32_t addLong(int32_t a, int32_t b) {
   int64_t sum = static_cast<int64_t>(a) + b;
@@ -159,8 +165,7 @@ class RecordLookup {
   void compareDecidedRecord(bool matched, int16_t columnCount) {
     int16_t k = 0;
     try {
-      static const std::string completed = "Successfully Completed";  // made once, not per record
-      A_.setReturnSQLMessage(completed);
+      A_.setReturnSQLMessage(completedText());
       B_.appendReturnSQLMessage(" Successfully Completed ||");
       if (!matched) {
         for (k = 0; k < columnCount; ++k) addValueRow(A_, 5, k, columnCount, &primaryKey());
@@ -175,8 +180,7 @@ class RecordLookup {
     if (records <= 0) return;
     matcher_->countMatchedUnread(records);
     try {
-      static const std::string completed = "Successfully Completed";
-      A_.setReturnSQLMessage(completed);
+      A_.setReturnSQLMessage(completedText());
       B_.appendReturnSQLMessage(" Successfully Completed ||", static_cast<uint64_t>(records));
     } catch (...) {
       appendRecordValueFailure(A_, 0, columnCount);
@@ -325,6 +329,25 @@ void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query)
   if (failed) std::rethrow_exception(failed);
 }
 
+// While it lives, the next Open of either side's record set reads its first row on first use.
+class DeferredOpens {
+ public:
+  DeferredOpens(clsDBManager& A, clsDBManager& B) : a_(A.getDatabaseRecords()), b_(B.getDatabaseRecords()) {
+    a_->DeferFirstRow();
+    b_->DeferFirstRow();
+  }
+  ~DeferredOpens() {
+    // An Open that did not happen does not leave it to a later one.
+    a_->DeferFirstRow(false);
+    b_->DeferFirstRow(false);
+  }
+  DeferredOpens(const DeferredOpens&) = delete;
+  DeferredOpens& operator=(const DeferredOpens&) = delete;
+
+ private:
+  vb::Ref<ado::Recordset> a_, b_;
+};
+
 void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay) {
   std::string query;
   std::string orderBy;
@@ -335,13 +358,13 @@ void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::Ot
     orderBy = ModADO::getFirstComparableFieldName(A, tableName);
     query = buildSelectStatement(A);
     if (!orderBy.empty()) query += " order by [" + orderBy + "]";
-    if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query)) {
+    {
       // The walk may go through what the first walk kept: its statements are opened (their
       // fields known) and read only if it does not.
-      A.getDatabaseRecords()->DeferFirstRow();
-      B.getDatabaseRecords()->DeferFirstRow();
+      std::optional<DeferredOpens> deferred;
+      if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query)) deferred.emplace(A, B);
+      openOnBothSides(A, B, query);
     }
-    openOnBothSides(A, B, query);
     auto records = A.getDatabaseRecords();
     if (records->State() == ado::adStateOpen) {
       lookup.prepare(-1, orderBy, true);

@@ -148,7 +148,7 @@ void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activ
   }
 }
 
-void Recordset::DeferFirstRow() { impl_->deferFirstRow = true; }
+void Recordset::DeferFirstRow(bool defer) { impl_->deferFirstRow = defer; }
 
 void Recordset::Close() { impl_->close(); }
 ObjectStateEnum Recordset::State() const { return impl_->isOpen() ? adStateOpen : adStateClosed; }

@@ -113,8 +113,8 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   // prepares it (its fields are known) and reads its first row when the record set is first
   // used (BOF, EOF, a value, a move), not at once; a statement that sorts a table sorts it then.
   // A failure of that first read is raised by that use. Closing it, or ReplaceRemainingRows,
-  // before any use reads nothing.
-  void DeferFirstRow();
+  // before any use reads nothing. DeferFirstRow(false) takes it back before the Open.
+  void DeferFirstRow(bool defer = true);
 
   // Starts a new row in the edit buffer; Update inserts it.
   void AddNew();
