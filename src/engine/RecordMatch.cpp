@@ -760,7 +760,7 @@ void RecordMatcher::finishKeeping() {
       keepingOther_ = false;
     }
   }
-  if (keepingOther_ && otherRead_ > 0 && mergeRows_) {
+  if (keepingOther_ && otherRead_ > 0) {
     way.replayable = true;
     way.otherSource = mergeRows_->Source();
     way.otherCount = otherRead_;

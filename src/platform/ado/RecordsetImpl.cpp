@@ -118,11 +118,7 @@ void RecordsetImpl::replaceRemainingRows(std::vector<Row> rows) {
   if (!open_) raiseClosed();
   if (inMemory_) raise(vb::errnum::NotSupported);  // its rows are at hand already
   editMode_ = adEditNone;
-  if (firstPending_) {
-    // The statement's rows are not read at all.
-    firstPending_ = false;
-    pos_ = 0;
-  }
+  firstPending_ = false;  // a first row not read yet is not read at all
   // The rows take the places from the current one on; reopen_ still runs the statement again.
   const int64_t first = std::max<int64_t>(pos_, 0);
   cursor_ = std::make_unique<MemoryCursor>(columns_, std::move(rows));

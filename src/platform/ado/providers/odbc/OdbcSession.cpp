@@ -214,6 +214,9 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   void execDirect(Statement& stmt, const std::string& nativeSql);
   // SQLPrepare(W) of nativeSql on stmt.
   void prepare(Statement& stmt, const std::string& nativeSql);
+  // Hands nativeSql to the driver through the wide or narrow entry point (members of OdbcApi).
+  template <typename Wide, typename Narrow>
+  void passText(Statement& stmt, const std::string& nativeSql, Wide wide, Narrow narrow);
   std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
   std::string translate(const std::string& sql) const;
   std::vector<TableRow> tableRows();
@@ -760,18 +763,25 @@ std::unique_ptr<Statement> OdbcSession::newStatement() {
   return std::make_unique<Statement>(api_, handle);
 }
 
-void OdbcSession::execDirect(Statement& stmt, const std::string& nativeSql) {
+template <typename Wide, typename Narrow>
+void OdbcSession::passText(Statement& stmt, const std::string& nativeSql, Wide wide, Narrow narrow) {
   SQLRETURN rc;
   if (wide_) {
     std::u16string w = utf8ToUtf16(nativeSql);
-    rc = api_.SQLExecDirectW(stmt.handle, reinterpret_cast<SQLWCHAR*>(w.data()),
-                             static_cast<SQLINTEGER>(w.size()));
+    rc = (api_.*wide)(stmt.handle, reinterpret_cast<SQLWCHAR*>(w.data()), static_cast<SQLINTEGER>(w.size()));
   } else {
     std::string a = nativeSql;
-    rc = api_.SQLExecDirect(stmt.handle, reinterpret_cast<SQLCHAR*>(a.data()),
-                            static_cast<SQLINTEGER>(a.size()));
+    rc = (api_.*narrow)(stmt.handle, reinterpret_cast<SQLCHAR*>(a.data()), static_cast<SQLINTEGER>(a.size()));
   }
   check(rc, SQL_HANDLE_STMT, stmt.handle);
+}
+
+void OdbcSession::execDirect(Statement& stmt, const std::string& nativeSql) {
+  passText(stmt, nativeSql, &odbc::OdbcApi::SQLExecDirectW, &odbc::OdbcApi::SQLExecDirect);
+}
+
+void OdbcSession::prepare(Statement& stmt, const std::string& nativeSql) {
+  passText(stmt, nativeSql, &odbc::OdbcApi::SQLPrepareW, &odbc::OdbcApi::SQLPrepare);
 }
 
 std::string OdbcSession::translate(const std::string& sql) const {
@@ -783,18 +793,6 @@ std::string OdbcSession::translate(const std::string& sql) const {
   size_t end = native.find_last_not_of(" \t\r\n");
   if (end != std::string::npos && native[end] == ';') native.erase(end);
   return native;
-}
-
-void OdbcSession::prepare(Statement& stmt, const std::string& nativeSql) {
-  SQLRETURN rc;
-  if (wide_) {
-    std::u16string w = utf8ToUtf16(nativeSql);
-    rc = api_.SQLPrepareW(stmt.handle, reinterpret_cast<SQLWCHAR*>(w.data()), static_cast<SQLINTEGER>(w.size()));
-  } else {
-    std::string a = nativeSql;
-    rc = api_.SQLPrepare(stmt.handle, reinterpret_cast<SQLCHAR*>(a.data()), static_cast<SQLINTEGER>(a.size()));
-  }
-  check(rc, SQL_HANDLE_STMT, stmt.handle);
 }
 
 std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql) {
