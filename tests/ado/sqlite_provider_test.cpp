@@ -381,3 +381,91 @@ TEST(SqliteProvider, AnOpenWhoseFirstRowIsDeferredReadsItOnFirstUseAndNotAtAllWh
   rs->MoveNext();
   EXPECT_TRUE(rs->isEOF());
 }
+
+namespace {
+
+// A database with a table k (n INTEGER, v TEXT) without an index, filled with the statements
+// given, in their order.
+vb::Ref<Connection> tableWithoutIndex(const TempDir& dir, const std::string& inserts,
+                                      const std::string& extra = "") {
+  const std::string path = dir.file("order.sqlite");
+  std::filesystem::remove(path);
+  sqlite3* db = nullptr;
+  sqlite3_open(path.c_str(), &db);
+  const std::string script = "CREATE TABLE k (n INTEGER, v TEXT);" + inserts + extra;
+  EXPECT_EQ(sqlite3_exec(db, script.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+  sqlite3_close(db);
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  return cn;
+}
+
+bool readsInOrder(const vb::Ref<Connection>& cn, const std::string& fields = "*",
+                  const std::string& column = "n") {
+  const std::string unordered = "select " + fields + " from [k]";
+  return cn->UnsortedReadsInOrder(unordered + " order by [" + column + "]", unordered, column);
+}
+
+}  // namespace
+
+TEST(SqliteProvider, ATableHoldingItsRecordsInTheOrderOfRisingIntegersReadsInThatOrderUnsorted) {
+  TempDir dir;
+  const std::string rising = "INSERT INTO k VALUES (-5, 'a'), (0, 'b'), (7, 'c'), (9000000000, 'd');";
+  EXPECT_TRUE(readsInOrder(tableWithoutIndex(dir, rising)));
+  EXPECT_TRUE(readsInOrder(tableWithoutIndex(dir, rising), "[v], [N]", "N"));  // any letter case
+  EXPECT_TRUE(readsInOrder(tableWithoutIndex(dir, "")));                        // no records at all
+
+  // Not where the table breaks the order, nor where the key's values are not all integers.
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (3, 'b'), (2, 'c');")));
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (1, 'b'), (2, 'c');")));
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (NULL, 'b'), (2, 'c');")));
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (NULL, 'a'), (1, 'b');")));
+  // 1.5 reads as an integer column's 1 to the record set, and sorts between 1 and 2 all the same.
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (1.5, 'b'), (2, 'c');")));
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), ('2x', 'b');")));
+
+  // Not where the order costs no sort: an index gives it.
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising, "CREATE INDEX kn ON k (n);")));
+  // Not where the statement does not read the column, or reads it twice, or under another name.
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[v]"));
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[n], [v], [n]"));
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[v] as [n], [n] as [m]"));
+  // Nor where either statement fails: a question, not an error.
+  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[missing]", "missing"));
+  auto cn = tableWithoutIndex(dir, rising);
+  EXPECT_FALSE(cn->UnsortedReadsInOrder("select * from [gone] order by [n]", "select * from [gone]", "n"));
+  EXPECT_FALSE(cn->UnsortedReadsInOrder("delete from [k] order by [n]", "delete from [k]", "n"));
+  EXPECT_EQ(cn->Execute("select count(*) from [k]")->field(0).Value().toInt64(), 4);
+  cn->Close();
+  EXPECT_FALSE(readsInOrder(cn));
+}
+
+TEST(SqliteProvider, AnOpenMayRunAnotherStatementInPlaceOfTheOneItNames) {
+  TempDir dir;
+  auto cn = tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (2, 'b');");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->RunInstead("select [n], [v] from [k] where [n] > 1");
+  rs->Open("select [n], [v] from [k]", cn, adOpenStatic, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->Source(), "select [n], [v] from [k]");
+  EXPECT_EQ(rs->field(0).Value().toInt64(), 2);
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+  EXPECT_EQ(rs->RecordCount(), 1);  // counted by the statement run in its place
+  rs->Close();
+  rs->RunInstead("select [n], [v] from [k] where [n] > 1");
+  rs->Open("select [n], [v] from [k]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+  rs->MoveFirst();  // runs the statement again: the one run in its place
+  EXPECT_EQ(rs->field(0).Value().toInt64(), 2);
+  rs->Close();
+
+  // The next Open's alone, and taken back before it by the empty text.
+  rs->Open("select [n], [v] from [k]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->field(0).Value().toInt64(), 1);
+  rs->Close();
+  rs->RunInstead("select [n], [v] from [k] where [n] > 1");
+  rs->RunInstead("");
+  rs->Open("select [n], [v] from [k]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->field(0).Value().toInt64(), 1);
+}

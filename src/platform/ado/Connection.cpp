@@ -77,6 +77,16 @@ std::optional<double> Connection::DoubleLiteralValue(double value) {
   return session_ ? session_->doubleLiteralValue(value) : std::nullopt;
 }
 
+bool Connection::UnsortedReadsInOrder(const std::string& ordered, const std::string& unordered,
+                                      const std::string& column) {
+  if (!session_) return false;
+  try {
+    return session_->unsortedReadsInOrder(ordered, unordered, column);
+  } catch (...) {
+    return false;  // a question, not a statement of the caller's: it fails as "no"
+  }
+}
+
 vb::Ref<Connection> Connection::OpenJoinedReader(Connection& other) {
   if (!session_ || !other.session_) return {};
   auto joined = session_->openJoinedReader(*other.session_);

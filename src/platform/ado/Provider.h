@@ -101,6 +101,15 @@ class ProviderSession {
   // under the name "varsentix_other", so that one statement reads both; nullptr when the
   // provider cannot give one (see Connection::OpenJoinedReader).
   virtual std::unique_ptr<ProviderSession> openJoinedReader(ProviderSession& /*other*/) { return nullptr; }
+  // Whether unordered, a query without an order, returns the very rows of ordered (the same query
+  // ordered by column) in the same order, where ordered would cost the engine a sort of its own:
+  // read through, unordered gives column's values as integers, each greater than the one before.
+  // False when it does not, when ordering costs no sort, when either fails, and when the provider
+  // cannot tell without reading the rows as any query would (the default).
+  virtual bool unsortedReadsInOrder(const std::string& /*ordered*/, const std::string& /*unordered*/,
+                                    const std::string& /*column*/) {
+    return false;
+  }
 };
 
 // Opens a session for the parsed connection string, chosen by its Provider key

@@ -113,6 +113,7 @@ void Recordset::setCursorLocation(CursorLocationEnum value) {
 void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activeConnection,
                      CursorTypeEnum cursorType, LockTypeEnum lockType, int32_t options) {
   const bool deferFirst = std::exchange(impl_->deferFirstRow, false);  // this Open's alone
+  const std::string instead = std::exchange(impl_->runInstead, std::string());
   if (impl_->isOpen()) vb::raiseError(vb::errnum::ObjectOpen);
   if (cursorType != adOpenUnspecified) impl_->cursorType = cursorType;
   if (lockType != adLockUnspecified) impl_->lockType = lockType;
@@ -142,13 +143,16 @@ void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activ
     impl_->openStreaming(connection, source, std::move(cursor), reopen,
                          "SELECT * FROM " + bracketed(table), table, deferFirst);
   } else {
-    auto cursor = deferFirst ? session.queryDeferred(source) : session.query(source);
-    auto reopen = [connection, source] { return connection->session().query(source); };
-    impl_->openStreaming(connection, source, std::move(cursor), reopen, source, "", deferFirst);
+    const std::string run = instead.empty() ? source : instead;
+    auto cursor = deferFirst ? session.queryDeferred(run) : session.query(run);
+    auto reopen = [connection, run] { return connection->session().query(run); };
+    impl_->openStreaming(connection, source, std::move(cursor), reopen, run, "", deferFirst);
   }
 }
 
 void Recordset::DeferFirstRow(bool defer) { impl_->deferFirstRow = defer; }
+
+void Recordset::RunInstead(std::string statement) { impl_->runInstead = std::move(statement); }
 
 void Recordset::Close() { impl_->close(); }
 ObjectStateEnum Recordset::State() const { return impl_->isOpen() ? adStateOpen : adStateClosed; }

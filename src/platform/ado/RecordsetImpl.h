@@ -32,6 +32,8 @@ class RecordsetImpl {
                      std::string baseTable, bool deferFirst = false);
   // Set by Recordset::DeferFirstRow for the next Open.
   bool deferFirstRow = false;
+  // Set by Recordset::RunInstead for the next Open.
+  std::string runInstead;
   // Opens over rows held in memory; connection may be null (writes then stay in memory).
   void openInMemory(std::shared_ptr<Connection> connection, std::string source,
                     std::vector<ColumnInfo> columns, std::vector<Row> rows, std::string baseTable);

@@ -585,6 +585,66 @@ std::unique_ptr<ProviderSession> SqliteSession::openJoinedReader(ProviderSession
   return joined;
 }
 
+namespace {
+
+// A prepared statement of native text; empty when it does not prepare.
+Statement prepared(sqlite3* db, const std::string& nativeSql) {
+  sqlite3_stmt* raw = nullptr;
+  if (sqlite3_prepare_v2(db, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw, nullptr) !=
+      SQLITE_OK) {
+    sqlite3_finalize(raw);
+    return {};
+  }
+  return Statement(raw);
+}
+
+// Whether the engine's plan for a query sorts its rows to give them in order.
+bool planSortsForOrder(sqlite3* db, const std::string& nativeSql) {
+  Statement plan = prepared(db, "EXPLAIN QUERY PLAN " + nativeSql);
+  if (!plan) return false;
+  bool sorts = false;
+  int rc;
+  while ((rc = sqlite3_step(plan.get())) == SQLITE_ROW) {
+    const auto* detail = reinterpret_cast<const char*>(sqlite3_column_text(plan.get(), 3));
+    if (detail != nullptr && std::strstr(detail, "TEMP B-TREE") != nullptr &&
+        std::strstr(detail, "ORDER BY") != nullptr)
+      sorts = true;
+  }
+  return rc == SQLITE_DONE && sorts;
+}
+
+}  // namespace
+
+bool SqliteSession::unsortedReadsInOrder(const std::string& ordered, const std::string& unordered,
+                                         const std::string& column) {
+  if (!planSortsForOrder(db_, translateSql(ordered, options_.dialect))) return false;
+  Statement rows = prepared(db_, translateSql(unordered, options_.dialect));
+  if (!rows || !sqlite3_stmt_readonly(rows.get())) return false;
+  // The one result column the order names: by its name, read straight from the table's column.
+  int keyColumn = -1;
+  for (int i = 0, count = sqlite3_column_count(rows.get()); i < count; ++i) {
+    const char* name = sqlite3_column_name(rows.get(), i);
+    if (name == nullptr || !equalsIgnoringAsciiCase(name, column)) continue;
+    const char* origin = sqlite3_column_origin_name(rows.get(), i);
+    if (keyColumn >= 0 || origin == nullptr || !equalsIgnoringAsciiCase(origin, column)) return false;
+    keyColumn = i;
+  }
+  if (keyColumn < 0) return false;
+  // Integers that rise from row to row have one order, whatever the order's collation; a Null,
+  // a real, a text or a repeated key ends the reading.
+  bool first = true;
+  sqlite3_int64 last = 0;
+  int rc;
+  while ((rc = sqlite3_step(rows.get())) == SQLITE_ROW) {
+    if (sqlite3_column_type(rows.get(), keyColumn) != SQLITE_INTEGER) return false;
+    const sqlite3_int64 key = sqlite3_column_int64(rows.get(), keyColumn);
+    if (!first && key <= last) return false;
+    first = false;
+    last = key;
+  }
+  return rc == SQLITE_DONE;
+}
+
 std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeSql) {
   sqlite3_stmt* raw = nullptr;
   int rc = sqlite3_prepare_v2(db_, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw,
