@@ -47,6 +47,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/RecordMatch.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/dbside/clsDBManager.h"
 #include "varsentix/platform/ado.h"
@@ -265,6 +266,8 @@ struct Report {
   int32_t resultRows[2] = {0, 0};  // master, source
   int32_t records[2] = {0, 0};     // records among the data-value rows
   long streamedRows = 0;
+  // How the comparison's walks went (counts of engine::RecordMatcher::threadTotals()).
+  long merged = 0, keptOnly = 0, unsorted = 0, askedEngine = 0;
   char error[240] = {};
 };
 
@@ -389,6 +392,11 @@ void compareRecords(const std::string& master, const std::string& source, Report
   const bool ok = control.beginTableCompareFromDBManagers(m, s);
   report.callSeconds = seconds(start);
   if (!ok) fail(report, "beginTableCompareFromDBManagers returned false");
+  const auto& walks = engine::RecordMatcher::threadTotals();
+  report.merged = static_cast<long>(walks.merged);
+  report.keptOnly = static_cast<long>(walks.keptOnly);
+  report.unsorted = static_cast<long>(walks.unsorted);
+  report.askedEngine = static_cast<long>(walks.askedEngine);
   countResults(*m, 0, report);
   countResults(*s, 1, report);
 }
@@ -468,6 +476,9 @@ void printOurs(const Series& ours, const DataSet& data, int runs) {
   std::printf("    records reported: master %d (expected %ld: deleted + changed), source %d (expected %ld: new + "
               "changed)\n",
               ours.last.records[0], data.masterOnly(), ours.last.records[1], data.sourceOnly());
+  std::printf("    walks: %ld records merged, %ld walk(s) through kept records alone, %ld statement(s) read unsorted"
+              ", %ld match queries\n",
+              ours.last.merged, ours.last.keptOnly, ours.last.unsorted, ours.last.askedEngine);
 }
 
 // The statements sqldiff writes, counted by kind, from one untimed run.

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <system_error>
@@ -285,42 +286,41 @@ std::string buildSelectStatement(clsDBManager& manager) {
 
 namespace {
 
-// Opens the walk's statement on A, then on B. Opening a statement that sorts a table without an
-// index sorts it there and then (SQLite steps to the first record); on two SQLite files of
-// SQLite's own provider the two sorts run on two cores. Each side's message and record set are
-// its own, so the outcome is the same as opening one after the other.
-void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query) {
-  bool together = false;
+// Whether A and B are two connections of SQLite's own provider, both open.
+bool twoSqliteConnections(clsDBManager& A, clsDBManager& B) {
   try {
     auto a = A.getDatabaseConnection();
     auto b = B.getDatabaseConnection();
-    together = a && b && &*a != &*b && a->State() == ado::adStateOpen && b->State() == ado::adStateOpen &&
-               a->Provider() == "SQLite" && b->Provider() == "SQLite";
+    return a && b && &*a != &*b && a->State() == ado::adStateOpen && b->State() == ado::adStateOpen &&
+           a->Provider() == "SQLite" && b->Provider() == "SQLite";
   } catch (...) {
-    together = false;
+    return false;
   }
+}
+
+// Runs here on this thread and there on a thread of its own, at once (one after the other when
+// no thread is to be had); a failure of either is raised once both are done, here's first.
+void atOnce(const std::function<void()>& here, const std::function<void()>& there) {
   std::exception_ptr failed;
   std::thread other;
-  if (together) {
-    try {
-      other = std::thread([&] {
-        try {
-          B.openDataBaseRecordsFromQuery(query);
-        } catch (...) {
-          failed = std::current_exception();
-        }
-      });
-    } catch (const std::system_error&) {
-      // No thread to be had: one after the other.
-    }
+  try {
+    other = std::thread([&] {
+      try {
+        there();
+      } catch (...) {
+        failed = std::current_exception();
+      }
+    });
+  } catch (const std::system_error&) {
+    // No thread to be had: one after the other.
   }
   if (!other.joinable()) {
-    A.openDataBaseRecordsFromQuery(query);
-    B.openDataBaseRecordsFromQuery(query);
+    here();
+    there();
     return;
   }
   try {
-    A.openDataBaseRecordsFromQuery(query);
+    here();
   } catch (...) {
     other.join();
     throw;
@@ -328,6 +328,73 @@ void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query)
   other.join();
   if (failed) std::rethrow_exception(failed);
 }
+
+// Opens the walk's statement on A, then on B. Opening a statement that sorts a table without an
+// index sorts it there and then (SQLite steps to the first record); on two SQLite files of
+// SQLite's own provider the two sorts run on two cores. Each side's message and record set are
+// its own, so the outcome is the same as opening one after the other.
+void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query) {
+  if (!twoSqliteConnections(A, B)) {
+    A.openDataBaseRecordsFromQuery(query);
+    B.openDataBaseRecordsFromQuery(query);
+    return;
+  }
+  atOnce([&] { A.openDataBaseRecordsFromQuery(query); }, [&] { B.openDataBaseRecordsFromQuery(query); });
+}
+
+// Which sides' tables give the walk's statement's records in its order without it (ordered:
+// unordered with the order on column), where the order would cost them a sort: SQLite files
+// whose tables hold their records in the order of an integer first column, as a table filled in
+// key order does. Each such side reads its table once to tell; two SQLite files, both at once.
+struct Unsorted {
+  bool own = false, other = false;
+};
+Unsorted unsortedInOrder(clsDBManager& A, clsDBManager& B, const std::string& ordered,
+                         const std::string& unordered, const std::string& column) {
+  Unsorted sides;
+  if (literalRecordMatching()) return sides;
+  try {
+    auto own = A.getDatabaseConnection();
+    auto other = B.getDatabaseConnection();
+    auto ask = [&](const vb::Ref<ado::Connection>& side, bool& answer) {
+      answer = side && side->State() == ado::adStateOpen &&
+               side->UnsortedReadsInOrder(ordered, unordered, column);
+    };
+    if (twoSqliteConnections(A, B)) {
+      atOnce([&] { ask(own, sides.own); }, [&] { ask(other, sides.other); });
+    } else {
+      ask(own, sides.own);
+      ask(other, sides.other);
+    }
+  } catch (...) {
+    return {};
+  }
+  return sides;
+}
+
+// While it lives, the next Open of the record set of each side told runs the walk's statement
+// without its order (see unsortedInOrder).
+class UnsortedOpens {
+ public:
+  UnsortedOpens(clsDBManager& A, clsDBManager& B, Unsorted sides, const std::string& unordered) {
+    if (sides.own) a_ = A.getDatabaseRecords();
+    if (sides.other) b_ = B.getDatabaseRecords();
+    for (auto* records : {&a_, &b_}) {
+      if (!*records) continue;
+      (*records)->RunInstead(unordered);
+      RecordMatcher::countUnsortedStatement();
+    }
+  }
+  ~UnsortedOpens() {
+    for (auto* records : {&a_, &b_})
+      if (*records) (*records)->RunInstead("");
+  }
+  UnsortedOpens(const UnsortedOpens&) = delete;
+  UnsortedOpens& operator=(const UnsortedOpens&) = delete;
+
+ private:
+  vb::Ref<ado::Recordset> a_, b_;
+};
 
 // While it lives, the next Open of either side's record set reads its first row on first use.
 class DeferredOpens {
@@ -357,12 +424,18 @@ void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::Ot
     const std::string tableName = A.getTableName();
     orderBy = ModADO::getFirstComparableFieldName(A, tableName);
     query = buildSelectStatement(A);
+    const std::string unordered = query;
     if (!orderBy.empty()) query += " order by [" + orderBy + "]";
     {
       // The walk may go through what the first walk kept: its statements are opened (their
-      // fields known) and read only if it does not.
+      // fields known) and read only if it does not. Else a side whose table holds its records in
+      // the walk's order already does not sort them.
       std::optional<DeferredOpens> deferred;
-      if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query)) deferred.emplace(A, B);
+      std::optional<UnsortedOpens> unsorted;
+      if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query))
+        deferred.emplace(A, B);
+      else if (!orderBy.empty())
+        unsorted.emplace(A, B, unsortedInOrder(A, B, query, unordered, orderBy), unordered);
       openOnBothSides(A, B, query);
     }
     auto records = A.getDatabaseRecords();

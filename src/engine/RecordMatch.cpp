@@ -231,6 +231,7 @@ bool RecordMatcher::HashSet<Hash>::contains(const Hash& hash) const {
 
 bool literalRecordMatching() { return literalMatching; }
 const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
+void RecordMatcher::countUnsortedStatement() { ++totals.unsorted; }
 void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
 std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B,

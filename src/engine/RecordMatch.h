@@ -124,8 +124,11 @@ class RecordMatcher {
     int64_t walkStatementsRead = 0;  // merges that read the statement the walk opened on B
     int64_t readAhead = 0;           // merges that read B's records on a thread of their own
     int64_t keptOnly = 0;  // walks that went through only the records the walk the other way kept
+    int64_t unsorted = 0;  // walk statements run without their order, their records in it already
   };
   static const Counts& threadTotals();
+  // Counts a walk statement run without its order.
+  static void countUnsortedStatement();
 
  private:
   enum class Kind { Integer, Double, Text };

@@ -438,6 +438,76 @@ TEST(RecordCompareSqlite, RecordsAreDecidedInTheOrderOfTheWalksKeyNotAsStored) {
   EXPECT_EQ(fast, (std::vector<std::string>{"Cy", "3", "Paris"}));
 }
 
+namespace {
+
+// Stock tables without an index, their records stored in the order of their integer key (as a
+// table filled in key order holds them): the source's lack some, differ in others (a letter
+// case, a Null), and add some; then, as told, one pair of its records swapped, or one key given
+// twice.
+enum class SourceOrder { Rising, OnePairSwapped, OneKeyTwice };
+void fillStockInKeyOrder(TestDatabase& m, TestDatabase& s, SourceOrder order) {
+  for (auto* db : {&m, &s}) db->exec("CREATE TABLE stock (id INTEGER, item VARCHAR(40), qty INTEGER)");
+  std::vector<std::string> master, source;
+  for (int i = 1; i <= 120; ++i) {
+    const std::string item = "'item " + std::to_string(i % 7) + "'";
+    master.push_back("(" + std::to_string(i * 2) + ", " + item + ", " + std::to_string(i % 5) + ")");
+    if (i % 17 == 0) continue;
+    if (i % 19 == 0) source.push_back("(" + std::to_string(i * 2) + ", 'Item " + std::to_string(i % 7) + "', 1)");
+    else if (i % 23 == 0) source.push_back("(" + std::to_string(i * 2) + ", " + item + ", NULL)");
+    else source.push_back("(" + std::to_string(i * 2) + ", " + item + ", " + std::to_string(i % 5) + ")");
+    if (i % 29 == 0) source.push_back("(" + std::to_string(i * 2 + 1) + ", 'between', 0)");
+  }
+  if (order == SourceOrder::OnePairSwapped) std::swap(source[40], source[41]);
+  if (order == SourceOrder::OneKeyTwice) source.insert(source.begin() + 60, source[60]);
+  auto values = [](const std::vector<std::string>& rows) {
+    std::string out;
+    for (const auto& row : rows) out += (out.empty() ? "" : ", ") + row;
+    return out;
+  };
+  m.exec("INSERT INTO stock VALUES " + values(master));
+  s.exec("INSERT INTO stock VALUES " + values(source));
+}
+
+}  // namespace
+
+TEST(RecordCompareSqlite, TablesHoldingTheirRecordsInKeyOrderAreWalkedUnsortedAlike) {
+  for (const auto order : {SourceOrder::Rising, SourceOrder::OnePairSwapped, SourceOrder::OneKeyTwice}) {
+    SCOPED_TRACE(order == SourceOrder::Rising ? "in key order" : order == SourceOrder::OnePairSwapped ? "one pair swapped" : "one key twice");
+    VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+    VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+    fillStockInKeyOrder(*m, *s, order);
+    const auto before = engine::RecordMatcher::threadTotals();
+    const auto bothWays = orderedWalks(*m, *s, "stock", "id", false, true);
+    const int64_t bothWaysUnsorted = engine::RecordMatcher::threadTotals().unsorted - before.unsorted;
+    const auto oneWay = orderedWalks(*m, *s, "stock", "id", false, false);
+    const int64_t unsorted = engine::RecordMatcher::threadTotals().unsorted - before.unsorted;
+    // Every result row, message and last match query is that of the walks ordered by the key.
+    const auto literal = orderedWalks(*m, *s, "stock", "id", true, false);
+    EXPECT_EQ(bothWays, literal);
+    EXPECT_EQ(oneWay, literal);
+    EXPECT_EQ(engine::RecordMatcher::threadTotals().unsorted - before.unsorted, unsorted);  // not literally
+    if (order == SourceOrder::Rising) {
+      // Both ways: the first walk reads both tables unsorted, the second goes through the records
+      // the first kept. One way and back: each walk reads both unsorted.
+      EXPECT_EQ(bothWaysUnsorted, 2);
+      EXPECT_EQ(unsorted - bothWaysUnsorted, 4);
+    } else {
+      // The source's order is not the key's: it sorts, the master does not.
+      EXPECT_GE(bothWaysUnsorted, 1);
+      EXPECT_EQ(unsorted - bothWaysUnsorted, 2);
+    }
+  }
+  // A table filled in the key's order but with an index on it: its order costs no sort.
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  fillStockInKeyOrder(*m, *s, SourceOrder::Rising);
+  s->exec("CREATE INDEX stock_id ON stock (id)");
+  const auto before = engine::RecordMatcher::threadTotals();
+  const auto fast = orderedWalks(*m, *s, "stock", "id", false, false);
+  EXPECT_EQ(engine::RecordMatcher::threadTotals().unsorted - before.unsorted, 2);  // the master's
+  EXPECT_EQ(fast, orderedWalks(*m, *s, "stock", "id", true, false));
+}
+
 TEST(RecordCompareSqlite, RowsTheOtherSideHasNotCommittedAreSeenAsItsOwnStatementsSeeThem) {
   VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
