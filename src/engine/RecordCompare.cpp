@@ -342,30 +342,25 @@ void openOnBothSides(clsDBManager& A, clsDBManager& B, const std::string& query)
   atOnce([&] { A.openDataBaseRecordsFromQuery(query); }, [&] { B.openDataBaseRecordsFromQuery(query); });
 }
 
-// Which sides' tables give the walk's statement's records in its order without it (ordered:
-// unordered with the order on column), where the order would cost them a sort: SQLite files
-// whose tables hold their records in the order of an integer first column, as a table filled in
-// key order does. Each such side reads its table once to tell; two SQLite files, both at once.
+// The sides of a walk whose statements run without their order.
 struct Unsorted {
   bool own = false, other = false;
+  bool any() const { return own || other; }
 };
-Unsorted unsortedInOrder(clsDBManager& A, clsDBManager& B, const std::string& ordered,
-                         const std::string& unordered, const std::string& column) {
+
+// Of the sides allowed, those whose engine would sort the walk's statement (ordered) for its order:
+// no index gives it. Their tables are often filled in key order: read as stored, they give the
+// records in that order already, which the walk then watches (see UnsortedOpens).
+Unsorted sortingSides(clsDBManager& A, clsDBManager& B, const std::string& ordered, Unsorted allowed) {
   Unsorted sides;
   if (literalRecordMatching()) return sides;
   try {
-    auto own = A.getDatabaseConnection();
-    auto other = B.getDatabaseConnection();
-    auto ask = [&](const vb::Ref<ado::Connection>& side, bool& answer) {
-      answer = side && side->State() == ado::adStateOpen &&
-               side->UnsortedReadsInOrder(ordered, unordered, column);
+    auto sorts = [&](clsDBManager& side) {
+      auto connection = side.getDatabaseConnection();
+      return connection && connection->State() == ado::adStateOpen && connection->SortsForOrder(ordered);
     };
-    if (twoSqliteConnections(A, B)) {
-      atOnce([&] { ask(own, sides.own); }, [&] { ask(other, sides.other); });
-    } else {
-      ask(own, sides.own);
-      ask(other, sides.other);
-    }
+    sides.own = allowed.own && sorts(A);
+    sides.other = allowed.other && sorts(B);
   } catch (...) {
     return {};
   }
@@ -373,15 +368,18 @@ Unsorted unsortedInOrder(clsDBManager& A, clsDBManager& B, const std::string& or
 }
 
 // While it lives, the next Open of the record set of each side told runs the walk's statement
-// without its order (see unsortedInOrder).
+// without its order (unordered), watching that the records come with the key's values rising
+// from record to record (stored as integers, none repeated): then they come in the order of the
+// statement with it. A side whose records do not is walked again, sorted.
 class UnsortedOpens {
  public:
-  UnsortedOpens(clsDBManager& A, clsDBManager& B, Unsorted sides, const std::string& unordered) {
+  UnsortedOpens(clsDBManager& A, clsDBManager& B, Unsorted sides, const std::string& unordered,
+                const std::string& key) {
     if (sides.own) a_ = A.getDatabaseRecords();
     if (sides.other) b_ = B.getDatabaseRecords();
     for (auto* records : {&a_, &b_}) {
       if (!*records) continue;
-      (*records)->RunInstead(unordered);
+      (*records)->RunInstead(unordered, key);
       RecordMatcher::countUnsortedStatement();
     }
   }
@@ -394,6 +392,40 @@ class UnsortedOpens {
 
  private:
   vb::Ref<ado::Recordset> a_, b_;
+};
+
+// What a walk changes on its sides, kept before a walk whose sides read unsorted and put back if
+// it is walked again: A's result rows, both messages, B's statement and where clause, what a
+// first walk of a pair keeps for the second, and the counts of its decisions.
+class WalkSnapshot {
+ public:
+  WalkSnapshot(clsDBManager& A, clsDBManager& B, const RecordMatcher::OtherWay* otherWay)
+      : results_(A.getResults() ? A.getResults()->Count() : 0),
+        ownMessage_(A.returnSQLMessageText()),
+        otherMessage_(B.returnSQLMessageText()),
+        otherSql_(B.getSql()),
+        otherWhere_(B.getWhereClause()),
+        filledOtherWay_(otherWay && !otherWay->complete),
+        counts_(RecordMatcher::threadTotals()) {}
+  void restore(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay) const {
+    if (auto results = A.getResults())
+      while (results->Count() > results_) results->Remove(results->Count());
+    A.setReturnSQLMessageText(ownMessage_);
+    B.setReturnSQLMessageText(otherMessage_);
+    B.setSQL(otherSql_);
+    B.setWhereClause(otherWhere_);
+    // A second walk of a pair only reads what the first kept (going through it would have opened
+    // no statement unsorted).
+    if (filledOtherWay_) *otherWay = RecordMatcher::OtherWay{};
+    RecordMatcher::countWalkedAgain(counts_);
+  }
+
+ private:
+  int32_t results_;
+  MessageText ownMessage_, otherMessage_;
+  std::string otherSql_, otherWhere_;
+  bool filledOtherWay_;
+  RecordMatcher::Counts counts_;
 };
 
 // While it lives, the next Open of either side's record set reads its first row on first use.
@@ -415,10 +447,46 @@ class DeferredOpens {
   vb::Ref<ado::Recordset> a_, b_;
 };
 
-void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay) {
+// Of the sides read unsorted, those whose records broke the key's rise so far; at the end of the
+// walk (finished), also A's when it did not rise to its last record.
+Unsorted brokenSides(clsDBManager& A, clsDBManager& B, Unsorted watched, bool finished) noexcept {
+  try {
+    Unsorted broken;
+    if (watched.own) {
+      const ado::RiseSeen seen = A.getDatabaseRecords()->InsteadRise();
+      broken.own = seen == ado::RiseSeen::Broken || (finished && seen != ado::RiseSeen::Held);
+    }
+    if (watched.other) broken.other = B.getDatabaseRecords()->InsteadRise() == ado::RiseSeen::Broken;
+    return broken;
+  } catch (...) {
+    return watched;  // not known to hold: walked again sorted
+  }
+}
+
+// One walk of A's records against B, in the order of A's first comparable field. Sides in
+// mayReadUnsorted whose engine would sort read their statements without the order (see
+// UnsortedOpens); the walk ends early, false, with broken naming those whose records did not
+// come in it, and is to be walked again from what it changed (WalkSnapshot) with them sorted.
+bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay,
+                      Unsorted mayReadUnsorted, Unsorted& broken) {
   std::string query;
   std::string orderBy;
+  Unsorted watched;
   RecordLookup lookup(A, B, otherWay);
+  // Ends a walk whose order broke: B's reading stopped, both statements closed (before the
+  // lookup goes, so nothing is read again).
+  auto abandon = [&](Unsorted sides) {
+    broken = sides;
+    lookup.finish();
+    for (auto* side : {&A, &B}) {
+      try {
+        side->closeRecordSet();
+      } catch (...) {
+        // Closing what only read.
+      }
+    }
+    return false;
+  };
   try {
     A.setReturnSQLMessage("Successfully Completed");
     const std::string tableName = A.getTableName();
@@ -428,14 +496,16 @@ void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::Ot
     if (!orderBy.empty()) query += " order by [" + orderBy + "]";
     {
       // The walk may go through what the first walk kept: its statements are opened (their
-      // fields known) and read only if it does not. Else a side whose table holds its records in
-      // the walk's order already does not sort them.
+      // fields known) and read only if it does not. Else a side that would sort its table for
+      // the order reads it as stored, which is often in the order already.
       std::optional<DeferredOpens> deferred;
       std::optional<UnsortedOpens> unsorted;
-      if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query))
+      if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query)) {
         deferred.emplace(A, B);
-      else if (!orderBy.empty())
-        unsorted.emplace(A, B, unsortedInOrder(A, B, query, unordered, orderBy), unordered);
+      } else if (!orderBy.empty() && mayReadUnsorted.any()) {
+        watched = sortingSides(A, B, query, mayReadUnsorted);
+        if (watched.any()) unsorted.emplace(A, B, watched, unordered, orderBy);
+      }
       openOnBothSides(A, B, query);
     }
     auto records = A.getDatabaseRecords();
@@ -443,19 +513,54 @@ void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::Ot
       lookup.prepare(-1, orderBy, true);
       int16_t columnCount = 0;
       if (!records->isBOF()) columnCount = ModADO::getRecordSetFieldCount(A);
+      uint32_t step = 0;
       while (!records->isEOF()) {
         lookup.compare(columnCount);
         records->MoveNext();
+        if (watched.any() && (++step & 255) == 0) {
+          const Unsorted sides = brokenSides(A, B, watched, false);
+          if (sides.any()) return abandon(sides);
+        }
       }
       lookup.completeUnread(columnCount);
       lookup.completeOtherWay();
+      if (watched.any()) {
+        const Unsorted sides = brokenSides(A, B, watched, true);
+        if (sides.any()) return abandon(sides);
+        // B's records not read to the end may not be in order after the last read: what was kept
+        // of them cannot stand for them.
+        if (watched.other && otherWay && B.getDatabaseRecords()->InsteadRise() != ado::RiseSeen::Held)
+          otherWay->replayable = false;
+      }
     }
     lookup.finish();
     A.closeRecordSet();
     B.closeRecordSet();
   } catch (...) {
+    if (watched.any()) {
+      const Unsorted sides = brokenSides(A, B, watched, false);
+      if (sides.any()) return abandon(sides);
+    }
     lookup.finish();
     appendSqlMessage(A, " #16 SQL used " + query + "Last field name used " + orderBy + " ||");
+  }
+  return true;
+}
+
+void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay) {
+  Unsorted mayReadUnsorted{true, true};
+  for (;;) {
+    if (!mayReadUnsorted.any()) {
+      Unsorted broken;
+      walkTableRecords(A, B, otherWay, mayReadUnsorted, broken);
+      return;
+    }
+    const WalkSnapshot before(A, B, otherWay);
+    Unsorted broken;
+    if (walkTableRecords(A, B, otherWay, mayReadUnsorted, broken)) return;
+    before.restore(A, B, otherWay);
+    if (broken.own) mayReadUnsorted.own = false;
+    if (broken.other) mayReadUnsorted.other = false;
   }
 }
 

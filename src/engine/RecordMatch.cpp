@@ -232,6 +232,12 @@ bool RecordMatcher::HashSet<Hash>::contains(const Hash& hash) const {
 bool literalRecordMatching() { return literalMatching; }
 const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void RecordMatcher::countUnsortedStatement() { ++totals.unsorted; }
+void RecordMatcher::countWalkedAgain(const Counts& before) {
+  Counts kept = before;
+  kept.unsorted = totals.unsorted;  // the statements it read unsorted were read all the same
+  kept.walkedAgain = totals.walkedAgain + 1;
+  totals = kept;
+}
 void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
 std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B,

@@ -124,11 +124,15 @@ class RecordMatcher {
     int64_t walkStatementsRead = 0;  // merges that read the statement the walk opened on B
     int64_t readAhead = 0;           // merges that read B's records on a thread of their own
     int64_t keptOnly = 0;  // walks that went through only the records the walk the other way kept
-    int64_t unsorted = 0;  // walk statements run without their order, their records in it already
+    int64_t unsorted = 0;  // walk statements run without their order (trusted to come in it)
+    int64_t walkedAgain = 0;  // walks ended early and made again, a side's records not in order
   };
   static const Counts& threadTotals();
   // Counts a walk statement run without its order.
   static void countUnsortedStatement();
+  // Counts a walk ended early to be made again with a side sorted; the decisions it made, and
+  // how it made them, are taken back to what they were before it (before).
+  static void countWalkedAgain(const Counts& before);
 
  private:
   enum class Kind { Integer, Double, Text };

@@ -400,44 +400,77 @@ vb::Ref<Connection> tableWithoutIndex(const TempDir& dir, const std::string& ins
   return cn;
 }
 
-bool readsInOrder(const vb::Ref<Connection>& cn, const std::string& fields = "*",
-                  const std::string& column = "n") {
+// What the record set saw of n's rise, reading "select <fields> from [k]" in place of the same
+// ordered by [n], to its end.
+RiseSeen riseToTheEnd(const vb::Ref<Connection>& cn, const std::string& fields = "*",
+                      const std::string& rising = "n") {
   const std::string unordered = "select " + fields + " from [k]";
-  return cn->UnsortedReadsInOrder(unordered + " order by [" + column + "]", unordered, column);
+  auto rs = vb::Ref<Recordset>::make();
+  rs->RunInstead(unordered, rising);
+  rs->Open(unordered + " order by [n]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  while (!rs->isEOF()) rs->MoveNext();
+  return rs->InsteadRise();
 }
 
 }  // namespace
 
-TEST(SqliteProvider, ATableHoldingItsRecordsInTheOrderOfRisingIntegersReadsInThatOrderUnsorted) {
+TEST(SqliteProvider, TheEnginesPlanTellsWhetherAnOrderCostsASort) {
+  TempDir dir;
+  auto cn = tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a');");
+  EXPECT_TRUE(cn->SortsForOrder("select * from [k] order by [n]"));
+  EXPECT_FALSE(cn->SortsForOrder("select * from [k]"));
+  EXPECT_FALSE(cn->SortsForOrder("select * from [k] order by [rowid]"));
+  // A question, not an error: a statement that fails is no sort.
+  EXPECT_FALSE(cn->SortsForOrder("select * from [gone] order by [n]"));
+  cn->Execute("CREATE INDEX kn ON k (n)");
+  EXPECT_FALSE(cn->SortsForOrder("select * from [k] order by [n]"));
+  cn->Close();
+  EXPECT_FALSE(cn->SortsForOrder("select * from [k] order by [n]"));
+}
+
+TEST(SqliteProvider, ARecordSetReadingAnotherStatementWatchesItsKeyRise) {
   TempDir dir;
   const std::string rising = "INSERT INTO k VALUES (-5, 'a'), (0, 'b'), (7, 'c'), (9000000000, 'd');";
-  EXPECT_TRUE(readsInOrder(tableWithoutIndex(dir, rising)));
-  EXPECT_TRUE(readsInOrder(tableWithoutIndex(dir, rising), "[v], [N]", "N"));  // any letter case
-  EXPECT_TRUE(readsInOrder(tableWithoutIndex(dir, "")));                        // no records at all
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, rising)), RiseSeen::Held);
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, rising), "[v], [N]", "N"), RiseSeen::Held);  // any letter case
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, "")), RiseSeen::Held);  // no records at all
 
   // Not where the table breaks the order, nor where the key's values are not all integers.
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (3, 'b'), (2, 'c');")));
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (1, 'b'), (2, 'c');")));
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (NULL, 'b'), (2, 'c');")));
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (NULL, 'a'), (1, 'b');")));
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (3, 'b'), (2, 'c');")), RiseSeen::Broken);
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (1, 'b'), (2, 'c');")), RiseSeen::Broken);
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (NULL, 'b'), (2, 'c');")), RiseSeen::Broken);
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, "INSERT INTO k VALUES (NULL, 'a'), (1, 'b');")), RiseSeen::Broken);
   // 1.5 reads as an integer column's 1 to the record set, and sorts between 1 and 2 all the same.
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (1.5, 'b'), (2, 'c');")));
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), ('2x', 'b');")));
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (1.5, 'b'), (2, 'c');")), RiseSeen::Broken);
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), ('2x', 'b');")), RiseSeen::Broken);
+  // Not where the statement does not read the field, or reads it twice, or under another name.
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, rising), "[v]"), RiseSeen::Broken);
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, rising), "[n], [v], [n]"), RiseSeen::Broken);
+  EXPECT_EQ(riseToTheEnd(tableWithoutIndex(dir, rising), "[v] as [n], [n] as [m]"), RiseSeen::Broken);
 
-  // Not where the order costs no sort: an index gives it.
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising, "CREATE INDEX kn ON k (n);")));
-  // Not where the statement does not read the column, or reads it twice, or under another name.
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[v]"));
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[n], [v], [n]"));
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[v] as [n], [n] as [m]"));
-  // Nor where either statement fails: a question, not an error.
-  EXPECT_FALSE(readsInOrder(tableWithoutIndex(dir, rising), "[missing]", "missing"));
-  auto cn = tableWithoutIndex(dir, rising);
-  EXPECT_FALSE(cn->UnsortedReadsInOrder("select * from [gone] order by [n]", "select * from [gone]", "n"));
-  EXPECT_FALSE(cn->UnsortedReadsInOrder("delete from [k] order by [n]", "delete from [k]", "n"));
-  EXPECT_EQ(cn->Execute("select count(*) from [k]")->field(0).Value().toInt64(), 4);
-  cn->Close();
-  EXPECT_FALSE(readsInOrder(cn));
+  // As it reads: holding until its end, and anew when the statement runs again.
+  auto cn = tableWithoutIndex(dir, "INSERT INTO k VALUES (1, 'a'), (2, 'b'), (3, 'c');");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->RunInstead("select * from [k]", "n");
+  rs->Open("select * from [k] order by [n]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->Source(), "select * from [k] order by [n]");
+  EXPECT_EQ(rs->InsteadRise(), RiseSeen::Holding);
+  rs->MoveNext();
+  rs->MoveNext();
+  EXPECT_EQ(rs->InsteadRise(), RiseSeen::Holding);
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+  EXPECT_EQ(rs->InsteadRise(), RiseSeen::Held);
+  rs->MoveFirst();
+  EXPECT_EQ(rs->InsteadRise(), RiseSeen::Holding);
+  rs->Close();
+  // Nothing watched: without a field, or without a statement in place.
+  rs->RunInstead("select * from [k]");
+  rs->Open("select * from [k] order by [n]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->InsteadRise(), RiseSeen::Broken);
+  rs->Close();
+  rs->Open("select * from [k] order by [n]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->InsteadRise(), RiseSeen::Broken);
 }
 
 TEST(SqliteProvider, AnOpenMayRunAnotherStatementInPlaceOfTheOneItNames) {

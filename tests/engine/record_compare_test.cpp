@@ -442,13 +442,19 @@ namespace {
 
 // Stock tables without an index, their records stored in the order of their integer key (as a
 // table filled in key order holds them): the source's lack some, differ in others (a letter
-// case, a Null), and add some; then, as told, one pair of its records swapped, or one key given
-// twice.
-enum class SourceOrder { Rising, OnePairSwapped, OneKeyTwice };
-void fillStockInKeyOrder(TestDatabase& m, TestDatabase& s, SourceOrder order) {
+// case, a Null), and add some. Then, as told, one side's table has a pair of its records
+// swapped, or one key given twice, at that place.
+enum class Disorder { None, PairSwapped, KeyTwice };
+struct StockOrder {
+  int records = 120;
+  Disorder disorder = Disorder::None;
+  bool inMaster = false;  // else in the source
+  size_t at = 40;
+};
+void fillStockInKeyOrder(TestDatabase& m, TestDatabase& s, const StockOrder& order) {
   for (auto* db : {&m, &s}) db->exec("CREATE TABLE stock (id INTEGER, item VARCHAR(40), qty INTEGER)");
   std::vector<std::string> master, source;
-  for (int i = 1; i <= 120; ++i) {
+  for (int i = 1; i <= order.records; ++i) {
     const std::string item = "'item " + std::to_string(i % 7) + "'";
     master.push_back("(" + std::to_string(i * 2) + ", " + item + ", " + std::to_string(i % 5) + ")");
     if (i % 17 == 0) continue;
@@ -457,8 +463,9 @@ void fillStockInKeyOrder(TestDatabase& m, TestDatabase& s, SourceOrder order) {
     else source.push_back("(" + std::to_string(i * 2) + ", " + item + ", " + std::to_string(i % 5) + ")");
     if (i % 29 == 0) source.push_back("(" + std::to_string(i * 2 + 1) + ", 'between', 0)");
   }
-  if (order == SourceOrder::OnePairSwapped) std::swap(source[40], source[41]);
-  if (order == SourceOrder::OneKeyTwice) source.insert(source.begin() + 60, source[60]);
+  auto& disordered = order.inMaster ? master : source;
+  if (order.disorder == Disorder::PairSwapped) std::swap(disordered[order.at], disordered[order.at + 1]);
+  if (order.disorder == Disorder::KeyTwice) disordered.insert(disordered.begin() + order.at, disordered[order.at]);
   auto values = [](const std::vector<std::string>& rows) {
     std::string out;
     for (const auto& row : rows) out += (out.empty() ? "" : ", ") + row;
@@ -471,40 +478,65 @@ void fillStockInKeyOrder(TestDatabase& m, TestDatabase& s, SourceOrder order) {
 }  // namespace
 
 TEST(RecordCompareSqlite, TablesHoldingTheirRecordsInKeyOrderAreWalkedUnsortedAlike) {
-  for (const auto order : {SourceOrder::Rising, SourceOrder::OnePairSwapped, SourceOrder::OneKeyTwice}) {
-    SCOPED_TRACE(order == SourceOrder::Rising ? "in key order" : order == SourceOrder::OnePairSwapped ? "one pair swapped" : "one key twice");
+  VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
+  fillStockInKeyOrder(*m, *s, {});
+  const auto before = engine::RecordMatcher::threadTotals();
+  const auto bothWays = orderedWalks(*m, *s, "stock", "id", false, true);
+  const auto middle = engine::RecordMatcher::threadTotals();
+  const auto oneWay = orderedWalks(*m, *s, "stock", "id", false, false);
+  const auto after = engine::RecordMatcher::threadTotals();
+  // Every result row, message and last match query is that of the walks sorted by the key.
+  const auto literal = orderedWalks(*m, *s, "stock", "id", true, false);
+  EXPECT_EQ(bothWays, literal);
+  EXPECT_EQ(oneWay, literal);
+  EXPECT_EQ(engine::RecordMatcher::threadTotals().unsorted, after.unsorted);  // the literal walks sort
+  // Both ways: the first walk reads both tables unsorted, the second goes through the records the
+  // first kept. One way and back: each walk reads both unsorted.
+  EXPECT_EQ(middle.unsorted - before.unsorted, 2);
+  EXPECT_EQ(middle.keptOnly - before.keptOnly, 1);
+  EXPECT_EQ(after.unsorted - middle.unsorted, 4);
+  EXPECT_EQ(after.walkedAgain - before.walkedAgain, 0);
+}
+
+TEST(RecordCompareSqlite, AWalkWhoseTableTurnsOutNotInKeyOrderIsWalkedAgainSortedAlike) {
+  // Out of order early or late, in the master or the source; found at the end of a walk of 120
+  // records, or on the way through one of 900 (the walk looks every 256 records).
+  const StockOrder orders[] = {
+      {120, Disorder::PairSwapped, false, 40}, {120, Disorder::KeyTwice, false, 60},
+      {120, Disorder::PairSwapped, true, 110}, {120, Disorder::KeyTwice, true, 0},
+      {900, Disorder::PairSwapped, true, 300}, {900, Disorder::KeyTwice, false, 700},
+  };
+  for (const auto& order : orders) {
+    SCOPED_TRACE(std::to_string(order.records) + " records, " +
+                 (order.disorder == Disorder::PairSwapped ? "a pair swapped" : "a key twice") + " at " +
+                 std::to_string(order.at) + " in the " + (order.inMaster ? "master" : "source"));
     VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
     VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
     fillStockInKeyOrder(*m, *s, order);
     const auto before = engine::RecordMatcher::threadTotals();
     const auto bothWays = orderedWalks(*m, *s, "stock", "id", false, true);
-    const int64_t bothWaysUnsorted = engine::RecordMatcher::threadTotals().unsorted - before.unsorted;
+    const auto middle = engine::RecordMatcher::threadTotals();
     const auto oneWay = orderedWalks(*m, *s, "stock", "id", false, false);
-    const int64_t unsorted = engine::RecordMatcher::threadTotals().unsorted - before.unsorted;
-    // Every result row, message and last match query is that of the walks ordered by the key.
+    const auto after = engine::RecordMatcher::threadTotals();
     const auto literal = orderedWalks(*m, *s, "stock", "id", true, false);
     EXPECT_EQ(bothWays, literal);
     EXPECT_EQ(oneWay, literal);
-    EXPECT_EQ(engine::RecordMatcher::threadTotals().unsorted - before.unsorted, unsorted);  // not literally
-    if (order == SourceOrder::Rising) {
-      // Both ways: the first walk reads both tables unsorted, the second goes through the records
-      // the first kept. One way and back: each walk reads both unsorted.
-      EXPECT_EQ(bothWaysUnsorted, 2);
-      EXPECT_EQ(unsorted - bothWaysUnsorted, 4);
-    } else {
-      // The source's order is not the key's: it sorts, the master does not.
-      EXPECT_GE(bothWaysUnsorted, 1);
-      EXPECT_EQ(unsorted - bothWaysUnsorted, 2);
-    }
+    // Each walk that read the out-of-order table unsorted was made again with it sorted: one
+    // and back, both; both ways, the first (the second goes through what it kept).
+    EXPECT_EQ(after.walkedAgain - middle.walkedAgain, 2);
+    EXPECT_EQ(middle.walkedAgain - before.walkedAgain, 1);
+    EXPECT_EQ(middle.keptOnly - before.keptOnly, 1);
   }
-  // A table filled in the key's order but with an index on it: its order costs no sort.
+  // A table in key order but with an index on it: its order costs no sort, and is not watched.
   VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
-  fillStockInKeyOrder(*m, *s, SourceOrder::Rising);
+  fillStockInKeyOrder(*m, *s, {});
   s->exec("CREATE INDEX stock_id ON stock (id)");
   const auto before = engine::RecordMatcher::threadTotals();
   const auto fast = orderedWalks(*m, *s, "stock", "id", false, false);
   EXPECT_EQ(engine::RecordMatcher::threadTotals().unsorted - before.unsorted, 2);  // the master's
+  EXPECT_EQ(engine::RecordMatcher::threadTotals().walkedAgain - before.walkedAgain, 0);
   EXPECT_EQ(fast, orderedWalks(*m, *s, "stock", "id", true, false));
 }
 

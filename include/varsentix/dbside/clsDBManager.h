@@ -167,6 +167,8 @@ class clsDBManager {
   std::string getReturnSQLMessage() const { return returnSQLMessage_.str(); }
   // The same text as kept, for readers that append it elsewhere without a copy of their own.
   const MessageText& returnSQLMessageText() const { return returnSQLMessage_; }
+  // Puts back a message kept from returnSQLMessageText.
+  void setReturnSQLMessageText(MessageText message) { returnSQLMessage_ = std::move(message); }
   void setReturnSQLMessage(const std::string& messageIn) { returnSQLMessage_.assign(messageIn); }
   // The same as setReturnSQLMessage(getReturnSQLMessage() + piece), without copying the text.
   void appendReturnSQLMessage(std::string_view piece) { returnSQLMessage_ += piece; }

@@ -77,11 +77,10 @@ std::optional<double> Connection::DoubleLiteralValue(double value) {
   return session_ ? session_->doubleLiteralValue(value) : std::nullopt;
 }
 
-bool Connection::UnsortedReadsInOrder(const std::string& ordered, const std::string& unordered,
-                                      const std::string& column) {
+bool Connection::SortsForOrder(const std::string& sql) {
   if (!session_) return false;
   try {
-    return session_->unsortedReadsInOrder(ordered, unordered, column);
+    return session_->sortsForOrder(sql);
   } catch (...) {
     return false;  // a question, not a statement of the caller's: it fails as "no"
   }

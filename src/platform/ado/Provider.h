@@ -2,6 +2,7 @@
 // The seam between the record-set layer and the engines. One provider per engine (sqlite, odbc,
 // jet) implements ProviderSession; Connection and Recordset above are unaware of which answers.
 // Engine headers (sqlite3.h, sql.h, mdbtools.h) stay inside the providers' .cpp files.
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -46,6 +47,13 @@ class RowCursor {
   virtual vb::Variant valueAt(size_t /*column*/) { return {}; }
   // valueAt(column) into out; cursors that can reuse out's room (its text) override it.
   virtual void valueInto(size_t column, vb::Variant& out) { out = valueAt(column); }
+
+  // Watches the rows read from now on (the row stepped to already, if any, among them): whether
+  // each one's value in column is stored as an integer greater than the one before, into seen
+  // (Broken at the first that is not, or when reading fails; Held at the end). Distinct integers
+  // have one order: a query whose rows come so returns them in the order of that column. False
+  // when the cursor cannot watch (seen is left as it is).
+  virtual bool watchRise(size_t /*column*/, std::shared_ptr<std::atomic<RiseSeen>> /*seen*/) { return false; }
 };
 
 // One open session. All SQL handed to a session is in the system's dialect: [bracketed]
@@ -101,15 +109,9 @@ class ProviderSession {
   // under the name "varsentix_other", so that one statement reads both; nullptr when the
   // provider cannot give one (see Connection::OpenJoinedReader).
   virtual std::unique_ptr<ProviderSession> openJoinedReader(ProviderSession& /*other*/) { return nullptr; }
-  // Whether unordered, a query without an order, returns the very rows of ordered (the same query
-  // ordered by column) in the same order, where ordered would cost the engine a sort of its own:
-  // read through, unordered gives column's values as integers, each greater than the one before.
-  // False when it does not, when ordering costs no sort, when either fails, and when the provider
-  // cannot tell without reading the rows as any query would (the default).
-  virtual bool unsortedReadsInOrder(const std::string& /*ordered*/, const std::string& /*unordered*/,
-                                    const std::string& /*column*/) {
-    return false;
-  }
+  // Whether the engine sorts the rows of sql, a query with an order, to give them in it (no
+  // index gives the order). False when it does not or the provider cannot tell.
+  virtual bool sortsForOrder(const std::string& /*sql*/) { return false; }
 };
 
 // Opens a session for the parsed connection string, chosen by its Provider key

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstring>
@@ -46,6 +47,23 @@ std::string bracketed(const std::string& table) {
 }
 
 // Unspecified command type: a single name (bare or bracketed) is a table, anything else SQL.
+// The one column named name (in any ASCII letter case) that is its table's column of that name;
+// -1 when there is none or more than one.
+int32_t tableColumnNamed(const std::vector<detail::ColumnInfo>& columns, const std::string& name) {
+  auto same = [](const std::string& a, const std::string& b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+             return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+           });
+  };
+  int32_t found = -1;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (!same(columns[i].name, name)) continue;
+    if (found >= 0 || !same(columns[i].baseColumn, name)) return -1;
+    found = static_cast<int32_t>(i);
+  }
+  return found;
+}
+
 bool looksLikeTableName(const std::string& source) {
   std::string s = vb::Trim(source);
   if (s.empty()) return false;
@@ -114,6 +132,7 @@ void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activ
                      CursorTypeEnum cursorType, LockTypeEnum lockType, int32_t options) {
   const bool deferFirst = std::exchange(impl_->deferFirstRow, false);  // this Open's alone
   const std::string instead = std::exchange(impl_->runInstead, std::string());
+  const std::string rising = std::exchange(impl_->runInsteadRising, std::string());
   if (impl_->isOpen()) vb::raiseError(vb::errnum::ObjectOpen);
   if (cursorType != adOpenUnspecified) impl_->cursorType = cursorType;
   if (lockType != adLockUnspecified) impl_->lockType = lockType;
@@ -146,13 +165,20 @@ void Recordset::Open(const std::string& source, const vb::Ref<Connection>& activ
     const std::string run = instead.empty() ? source : instead;
     auto cursor = deferFirst ? session.queryDeferred(run) : session.query(run);
     auto reopen = [connection, run] { return connection->session().query(run); };
-    impl_->openStreaming(connection, source, std::move(cursor), reopen, run, "", deferFirst);
+    const int32_t risingColumn = instead.empty() || rising.empty() ? -1 : tableColumnNamed(cursor->columns(), rising);
+    impl_->openStreaming(connection, source, std::move(cursor), reopen, run, "", deferFirst,
+                         risingColumn);
   }
 }
 
 void Recordset::DeferFirstRow(bool defer) { impl_->deferFirstRow = defer; }
 
-void Recordset::RunInstead(std::string statement) { impl_->runInstead = std::move(statement); }
+void Recordset::RunInstead(std::string statement, std::string risingField) {
+  impl_->runInstead = std::move(statement);
+  impl_->runInsteadRising = std::move(risingField);
+}
+
+RiseSeen Recordset::InsteadRise() const { return impl_->riseSeen(); }
 
 void Recordset::Close() { impl_->close(); }
 ObjectStateEnum Recordset::State() const { return impl_->isOpen() ? adStateOpen : adStateClosed; }

@@ -37,12 +37,14 @@ std::string commonBaseTable(const std::vector<ColumnInfo>& columns) {
 
 void RecordsetImpl::openStreaming(std::shared_ptr<Connection> connection, std::string source,
                                   std::unique_ptr<RowCursor> cursor, Reopen reopen,
-                                  std::string countSql, std::string baseTable, bool deferFirst) {
+                                  std::string countSql, std::string baseTable, bool deferFirst,
+                                  int32_t risingColumn) {
   columns_ = cursor->columns();
   connection_ = std::move(connection);
   source_ = std::move(source);
   cursor_ = std::move(cursor);
   reopen_ = std::move(reopen);
+  rise_.reset();
   countSql_ = std::move(countSql);
   bool tableGiven = !baseTable.empty();
   baseTable_ = tableGiven ? std::move(baseTable) : commonBaseTable(columns_);
@@ -60,6 +62,7 @@ void RecordsetImpl::openStreaming(std::shared_ptr<Connection> connection, std::s
   open_ = true;
   editMode_ = adEditNone;
   firstPending_ = false;
+  if (risingColumn >= 0) watchRise(static_cast<size_t>(risingColumn));  // from the first row on
   if (deferFirst) {
     firstPending_ = true;
     pos_ = -1;
@@ -72,6 +75,17 @@ void RecordsetImpl::openStreaming(std::shared_ptr<Connection> connection, std::s
     close();  // an Open that fails leaves the record set closed
     throw;
   }
+}
+
+void RecordsetImpl::watchRise(size_t column) {
+  riseColumn_ = column;
+  rise_ = std::make_shared<std::atomic<RiseSeen>>(RiseSeen::Holding);
+  armRise();
+}
+
+void RecordsetImpl::armRise() {
+  rise_->store(RiseSeen::Holding);
+  if (!cursor_->watchRise(riseColumn_, rise_)) rise_->store(RiseSeen::Broken);
 }
 
 void RecordsetImpl::readFirst() {
@@ -106,6 +120,7 @@ void RecordsetImpl::close() {
   editMode_ = adEditNone;
   cursor_.reset();
   reopen_ = nullptr;
+  rise_.reset();
   rows_.clear();
   rows_.shrink_to_fit();
   current_.clear();
@@ -149,6 +164,7 @@ bool RecordsetImpl::goTo(int64_t index) {
   if (inMemory_) return index < static_cast<int64_t>(rows_.size());
   if (index < cursorPos_ || (index == cursorPos_ && !currentValid_)) {
     cursor_ = reopen_();  // moving back: run the query again and walk to the row
+    if (rise_) armRise();
     lazy_ = cursor_->supportsValueAt();
     cursorPos_ = -1;
     cursorDone_ = false;

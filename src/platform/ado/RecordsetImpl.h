@@ -1,6 +1,7 @@
 #pragma once
 // The state behind a Recordset: its rows (streamed from a provider cursor, or held in memory
 // for persisted files, clones and schema rowsets), its position, and its edit buffer.
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -27,13 +28,18 @@ class RecordsetImpl {
   // (empty: counted by walking a fresh cursor). baseTable: the table writes go to ("" to take
   // it from the columns' metadata).
   // deferFirst: the first row is read when the record set is first used, not now.
+  // risingColumn: the column whose rise is watched (see watchRise), -1 for none.
   void openStreaming(std::shared_ptr<Connection> connection, std::string source,
                      std::unique_ptr<RowCursor> cursor, Reopen reopen, std::string countSql,
-                     std::string baseTable, bool deferFirst = false);
+                     std::string baseTable, bool deferFirst = false, int32_t risingColumn = -1);
   // Set by Recordset::DeferFirstRow for the next Open.
   bool deferFirstRow = false;
   // Set by Recordset::RunInstead for the next Open.
-  std::string runInstead;
+  std::string runInstead, runInsteadRising;
+  // Watches the rise of column's values from the cursor's next row on, and again whenever the
+  // statement runs again (see RowCursor::watchRise); Broken when the cursor cannot.
+  void watchRise(size_t column);
+  RiseSeen riseSeen() const { return rise_ ? rise_->load() : RiseSeen::Broken; }
   // Opens over rows held in memory; connection may be null (writes then stay in memory).
   void openInMemory(std::shared_ptr<Connection> connection, std::string source,
                     std::vector<ColumnInfo> columns, std::vector<Row> rows, std::string baseTable);
@@ -132,6 +138,9 @@ class RecordsetImpl {
   bool inMemory_ = false;
   std::unique_ptr<RowCursor> cursor_;
   Reopen reopen_;
+  std::shared_ptr<std::atomic<RiseSeen>> rise_;  // watching the rows' rise, when asked
+  size_t riseColumn_ = 0;
+  void armRise();
   std::string countSql_;
   int64_t cursorPos_ = -1;      // index of the row last fetched from cursor_
   bool cursorDone_ = false;

@@ -49,12 +49,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // comparison pushed into the engine). Nothing when the provider cannot give one: other
   // engines, databases not kept in files, either side inside a transaction.
   vb::Ref<Connection> OpenJoinedReader(Connection& other);
-  // Whether the query unordered returns the rows of ordered (unordered followed by an order on
-  // column) in the same order, while ordered would have the engine sort them: the walk may then
-  // run unordered in ordered's place (see Recordset::RunInstead). Reads unordered's rows once to
-  // tell; false when closed, when the provider cannot tell, and when either statement fails.
-  bool UnsortedReadsInOrder(const std::string& ordered, const std::string& unordered,
-                            const std::string& column);
+  // Whether the engine sorts the rows of sql, a query with an order, to give them in it; false
+  // when it does not, when the provider cannot tell, and when the statement fails.
+  bool SortsForOrder(const std::string& sql);
   // Runs one statement. Returns an open record set when the statement produces rows, a closed
   // one otherwise. recordsAffected receives the number of rows a write touched (-1 otherwise).
   vb::Ref<Recordset> Execute(const std::string& commandText, int32_t* recordsAffected = nullptr,

@@ -111,4 +111,9 @@ enum DataTypeEnum : int32_t {
 // know how it compares values (Connection::Engine).
 enum class EngineFamily { Other, SQLite, PostgreSQL, MariaDB };
 
+// What a record set watching its rows' order (Recordset::RunInstead) has seen of the rows read so
+// far: each one's value rising (Holding), every one's to the end (Held), or one's not (Broken;
+// also when the provider cannot watch).
+enum class RiseSeen { Holding, Broken, Held };
+
 }  // namespace varsentix::ado

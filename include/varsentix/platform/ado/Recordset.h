@@ -115,11 +115,17 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   // A failure of that first read is raised by that use. Closing it, or ReplaceRemainingRows,
   // before any use reads nothing. DeferFirstRow(false) takes it back before the Open.
   void DeferFirstRow(bool defer = true);
-  // For a walk that knows another statement returning the very rows of the one it opens, in the
-  // same order, at less cost (see Connection::UnsortedReadsInOrder): the next Open of a
-  // statement runs statement in its place, then and whenever it runs again; Source() is still
-  // the statement opened. RunInstead("") takes it back before the Open.
-  void RunInstead(std::string statement);
+  // For a walk that trusts another statement to return the very rows of the one it opens, in
+  // the same order, at less cost: the next Open of a statement runs statement in its place, then
+  // and whenever it runs again; Source() is still the statement opened. risingField: the order
+  // is that field's, and the statement is trusted to give its values stored as integers, each
+  // greater than the one before; the record set watches that as it reads (InsteadRise).
+  // RunInstead("") takes it back before the Open.
+  void RunInstead(std::string statement, std::string risingField = "");
+  // What the rows read so far of the statement run in place showed of risingField's rise (Broken
+  // when it was not watched, or the provider cannot watch). May be asked from another thread
+  // than the one reading.
+  RiseSeen InsteadRise() const;
 
   // Starts a new row in the edit buffer; Update inserts it.
   void AddNew();

@@ -317,6 +317,18 @@ class SqliteCursor : public RowCursor {
   void valueInto(size_t column, vb::Variant& out) override {
     readValue(stmt_.get(), static_cast<int>(column), columns_[column], textColumns_[column], out);
   }
+  bool watchRise(size_t column, std::shared_ptr<std::atomic<RiseSeen>> seen) override {
+    if (column >= columns_.size()) return false;
+    riseColumn_ = static_cast<int>(column);
+    rise_ = std::move(seen);
+    haveRisen_ = false;
+    if (started_) {
+      // The row stepped to as the cursor was made is the first watched; an ended one was empty.
+      if (hasRow_) watchRow();
+      else rise_->store(RiseSeen::Held);
+    }
+    return true;
+  }
   bool fetch(std::vector<vb::Variant>& row) override {
     if (!advance()) return false;
     row.resize(columns_.size());
@@ -331,12 +343,29 @@ class SqliteCursor : public RowCursor {
     int rc = sqlite3_step(stmt_.get());
     if (rc == SQLITE_ROW) {
       hasRow_ = true;
+      if (rise_) watchRow();
     } else if (rc == SQLITE_DONE) {
       hasRow_ = false;
+      if (rise_) rise_->store(RiseSeen::Held);
     } else {
       hasRow_ = false;
+      if (rise_) rise_->store(RiseSeen::Broken);
       raiseFor(db_, rc, source_);
     }
+  }
+  // The watched value of the row stepped to: stored as an integer above the one before, or the
+  // watch is broken (and ends).
+  void watchRow() {
+    sqlite3_stmt* stmt = stmt_.get();
+    const bool integer = sqlite3_column_type(stmt, riseColumn_) == SQLITE_INTEGER;
+    const sqlite3_int64 value = integer ? sqlite3_column_int64(stmt, riseColumn_) : 0;
+    if (!integer || (haveRisen_ && value <= lastRisen_)) {
+      rise_->store(RiseSeen::Broken);
+      rise_.reset();
+      return;
+    }
+    haveRisen_ = true;
+    lastRisen_ = value;
   }
   void describe(const SqliteSession& session);
 
@@ -348,6 +377,12 @@ class SqliteCursor : public RowCursor {
   bool started_ = false;  // the statement was stepped
   bool hasRow_ = false;
   bool pending_ = false;  // the first row was stepped to when the cursor was made
+  // Watching the rows' rise (see watchRise): the column, where the outcome goes (none once
+  // broken), and the value of the row before.
+  int riseColumn_ = 0;
+  std::shared_ptr<std::atomic<RiseSeen>> rise_;
+  bool haveRisen_ = false;
+  sqlite3_int64 lastRisen_ = 0;
 };
 
 void SqliteCursor::describe(const SqliteSession& session) {
@@ -615,34 +650,8 @@ bool planSortsForOrder(sqlite3* db, const std::string& nativeSql) {
 
 }  // namespace
 
-bool SqliteSession::unsortedReadsInOrder(const std::string& ordered, const std::string& unordered,
-                                         const std::string& column) {
-  if (!planSortsForOrder(db_, translateSql(ordered, options_.dialect))) return false;
-  Statement rows = prepared(db_, translateSql(unordered, options_.dialect));
-  if (!rows || !sqlite3_stmt_readonly(rows.get())) return false;
-  // The one result column the order names: by its name, read straight from the table's column.
-  int keyColumn = -1;
-  for (int i = 0, count = sqlite3_column_count(rows.get()); i < count; ++i) {
-    const char* name = sqlite3_column_name(rows.get(), i);
-    if (name == nullptr || !equalsIgnoringAsciiCase(name, column)) continue;
-    const char* origin = sqlite3_column_origin_name(rows.get(), i);
-    if (keyColumn >= 0 || origin == nullptr || !equalsIgnoringAsciiCase(origin, column)) return false;
-    keyColumn = i;
-  }
-  if (keyColumn < 0) return false;
-  // Integers that rise from row to row have one order, whatever the order's collation; a Null,
-  // a real, a text or a repeated key ends the reading.
-  bool first = true;
-  sqlite3_int64 last = 0;
-  int rc;
-  while ((rc = sqlite3_step(rows.get())) == SQLITE_ROW) {
-    if (sqlite3_column_type(rows.get(), keyColumn) != SQLITE_INTEGER) return false;
-    const sqlite3_int64 key = sqlite3_column_int64(rows.get(), keyColumn);
-    if (!first && key <= last) return false;
-    first = false;
-    last = key;
-  }
-  return rc == SQLITE_DONE;
+bool SqliteSession::sortsForOrder(const std::string& sql) {
+  return planSortsForOrder(db_, translateSql(sql, options_.dialect));
 }
 
 std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeSql) {

@@ -91,9 +91,8 @@ class SqliteSession : public ProviderSession {
   // temporary tables (which would hide a table of the same name from the joined reader). The
   // reader has the function varsentix_exact_literal(value, kind), see the .cpp file.
   std::unique_ptr<ProviderSession> openJoinedReader(ProviderSession& other) override;
-  // Ordering costs a sort when the engine's plan for ordered has a temporary b-tree for it.
-  bool unsortedReadsInOrder(const std::string& ordered, const std::string& unordered,
-                            const std::string& column) override;
+  // From the engine's plan for sql: a temporary b-tree for its order.
+  bool sortsForOrder(const std::string& sql) override;
 
   // Runs native SQL (no dialect translation) and returns its rows: for the extension points.
   std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
