@@ -267,7 +267,7 @@ struct Report {
   int32_t records[2] = {0, 0};     // records among the data-value rows
   long streamedRows = 0;
   // How the comparison's walks went (counts of engine::RecordMatcher::threadTotals()).
-  long merged = 0, keptOnly = 0, unsorted = 0, askedEngine = 0;
+  long merged = 0, keptOnly = 0, unsorted = 0, askedEngine = 0, ownReadAhead = 0;
   char error[240] = {};
 };
 
@@ -397,6 +397,7 @@ void compareRecords(const std::string& master, const std::string& source, Report
   report.keptOnly = static_cast<long>(walks.keptOnly);
   report.unsorted = static_cast<long>(walks.unsorted);
   report.askedEngine = static_cast<long>(walks.askedEngine);
+  report.ownReadAhead = static_cast<long>(walks.ownReadAhead);
   countResults(*m, 0, report);
   countResults(*s, 1, report);
 }
@@ -477,8 +478,9 @@ void printOurs(const Series& ours, const DataSet& data, int runs) {
               "changed)\n",
               ours.last.records[0], data.masterOnly(), ours.last.records[1], data.sourceOnly());
   std::printf("    walks: %ld records merged, %ld walk(s) through kept records alone, %ld statement(s) read unsorted"
-              ", %ld match queries\n",
-              ours.last.merged, ours.last.keptOnly, ours.last.unsorted, ours.last.askedEngine);
+              ", %ld walk(s) reading their own records ahead, %ld match queries\n",
+              ours.last.merged, ours.last.keptOnly, ours.last.unsorted, ours.last.ownReadAhead,
+              ours.last.askedEngine);
 }
 
 // The statements sqldiff writes, counted by kind, from one untimed run.

@@ -114,6 +114,7 @@ class RecordLookup {
       matcher_.reset();
     }
     if (!records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_);
+    if (unreadMatches && matcher_) readOwnRecordsAhead(*records);
   }
   void compare(int16_t columnCount) {
     if (nextKept_ < keptPlaces_.size()) {
@@ -153,6 +154,11 @@ class RecordLookup {
   // Call when the walk ends, normally or not.
   void finish() noexcept {
     if (matcher_) matcher_->stopReading();  // before the walk closes B's statement
+    if (readingOwnAhead_) {
+      // A's connection is free for others again, whether the walk went through or not.
+      readingOwnAhead_->StopPrefetching();
+      readingOwnAhead_ = {};
+    }
     try {
       if (lastDecided_) matcher_->writeLastMatchQuery(A_, B_);
     } catch (...) {
@@ -189,6 +195,27 @@ class RecordLookup {
     lastDecided_ = true;
   }
 
+  // A walk that raises no events, on SQLite's own provider, has A's records read on a thread of
+  // their own while it decides them. Nothing of the walk may use A's connection meanwhile: A's
+  // primary key is asked now (a failed question keeps A's records read in step, to ask again)
+  // and the matcher reads literals elsewhere.
+  void readOwnRecordsAhead(ado::Recordset& records) {
+    if (literalRecordMatching()) return;
+    try {
+      auto own = A_.getDatabaseConnection();
+      auto other = B_.getDatabaseConnection();
+      if (!own || !other || &*own == &*other || own->State() != ado::adStateOpen || own->Provider() != "SQLite")
+        return;
+      (void)primaryKey().get();
+      if (!matcher_->leaveOwnConnection(A_)) return;
+      records.PrefetchRemainingRows();
+      readingOwnAhead_ = A_.getDatabaseRecords();
+      RecordMatcher::countOwnReadAhead();
+    } catch (...) {
+      // Read in step, as always.
+    }
+  }
+
   // The key of A's table, asked once per walk.
   PrimaryKeyOnce& primaryKey() {
     if (!primaryKey_) primaryKey_.emplace(A_, A_.getTableName());
@@ -199,6 +226,7 @@ class RecordLookup {
   clsDBManager& B_;
   RecordMatcher::OtherWay* otherWay_;
   std::unique_ptr<RecordMatcher> matcher_;
+  vb::Ref<ado::Recordset> readingOwnAhead_;  // A's records, while read on a thread of their own
   std::optional<PrimaryKeyOnce> primaryKey_;
   bool lastDecided_ = false;
   // Going through kept records only: their places among A's records, the next one's index, how

@@ -232,6 +232,7 @@ bool RecordMatcher::HashSet<Hash>::contains(const Hash& hash) const {
 bool literalRecordMatching() { return literalMatching; }
 const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void RecordMatcher::countUnsortedStatement() { ++totals.unsorted; }
+void RecordMatcher::countOwnReadAhead() { ++totals.ownReadAhead; }
 void RecordMatcher::countWalkedAgain(const Counts& before) {
   Counts kept = before;
   kept.unsorted = totals.unsorted;  // the statements it read unsorted were read all the same
@@ -456,6 +457,20 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado
 void RecordMatcher::startReading() {
   otherRows_ = std::make_unique<ReadAhead>(mergeRows_, mergeColumns_, tested_, columns_.size(), readAhead_);
   if (otherRows_->threaded()) ++totals.readAhead;
+}
+
+bool RecordMatcher::leaveOwnConnection(clsDBManager& A) {
+  auto own = A.getDatabaseConnection();
+  if (!own || !literalReader_ || &*literalReader_ != &*own) return true;
+  try {
+    // A second session on the same file reads literals with the same library, the same way.
+    auto reader = own->OpenJoinedReader(*otherConnection_);
+    if (!reader) return false;
+    literalReader_ = reader;
+    return true;
+  } catch (...) {
+    return false;
+  }
 }
 
 void RecordMatcher::stopReading() noexcept {

@@ -96,6 +96,10 @@ class RecordMatcher {
   std::unique_lock<std::mutex> otherConnectionLock();
   // Ends the reading of B's records; call before the walk closes B's statement.
   void stopReading() noexcept;
+  // Makes the decisions leave A's connection alone from now on (another thread is to read A's
+  // records through it): how SQLite reads a literal, when asked of A's connection, is asked of a
+  // reader of its own. False when no such reader is to be had (A's connection is still used).
+  bool leaveOwnConnection(clsDBManager& A);
 
   // Writes into B the statement and where clause the match query builder leaves for the record
   // decide saw last.
@@ -126,8 +130,11 @@ class RecordMatcher {
     int64_t keptOnly = 0;  // walks that went through only the records the walk the other way kept
     int64_t unsorted = 0;  // walk statements run without their order (trusted to come in it)
     int64_t walkedAgain = 0;  // walks ended early and made again, a side's records not in order
+    int64_t ownReadAhead = 0;  // walks that read A's records on a thread of their own
   };
   static const Counts& threadTotals();
+  // Counts a walk that reads A's records on a thread of their own.
+  static void countOwnReadAhead();
   // Counts a walk statement run without its order.
   static void countUnsortedStatement();
   // Counts a walk ended early to be made again with a side sorted; the decisions it made, and

@@ -502,3 +502,50 @@ TEST(SqliteProvider, AnOpenMayRunAnotherStatementInPlaceOfTheOneItNames) {
   rs->Open("select [n], [v] from [k]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
   EXPECT_EQ(rs->field(0).Value().toInt64(), 1);
 }
+
+TEST(SqliteProvider, ARecordSetReadingItsRowsAheadOnAThreadGivesTheSameRowsInTurn) {
+  TempDir dir;
+  // More rows than the thread reads ahead at once; the last one's absolute value overflows.
+  std::string inserts = "INSERT INTO k VALUES ";
+  for (int i = 1; i <= 5000; ++i) inserts += (i > 1 ? ", (" : "(") + std::to_string(i) + ", 'row " + std::to_string(i) + "')";
+  auto cn = tableWithoutIndex(dir, inserts + "; INSERT INTO k VALUES (-9223372036854775807 - 1, 'last');");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open("select [n], [v], abs([n]) as [a] from [k]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->field(1).Value().toText(), "row 1");
+  rs->PrefetchRemainingRows();
+  EXPECT_EQ(rs->field(1).Value().toText(), "row 1");  // the current row stays
+  for (int i = 2; i <= 3000; ++i) {
+    rs->MoveNext();
+    ASSERT_EQ(rs->field(0).Value().toInt64(), i);
+    ASSERT_EQ(rs->field(1).Value().toText(), "row " + std::to_string(i));
+  }
+  // Stopped half way: the rows go on in turn, and the connection serves others meanwhile.
+  rs->StopPrefetching();
+  EXPECT_EQ(cn->Execute("select count(*) from [k]")->field(0).Value().toInt64(), 5001);
+  for (int i = 3001; i <= 5000; ++i) {
+    rs->MoveNext();
+    ASSERT_EQ(rs->field(0).Value().toInt64(), i);
+  }
+  // The failure of the row after them is raised by the move to it, as without the thread.
+  EXPECT_EQ(expectVBError([&] { rs->MoveNext(); }).description(), "integer overflow");
+  rs->Close();
+
+  // Read ahead to the end; moving back runs the statement again.
+  rs->Open("select [n], [v] from [k] where [n] > 0", cn, adOpenStatic, adLockReadOnly, adCmdText);
+  rs->PrefetchRemainingRows();
+  int64_t count = 0, sum = 0;
+  for (; !rs->isEOF(); rs->MoveNext()) ++count, sum += rs->field(0).Value().toInt64();
+  EXPECT_EQ(count, 5000);
+  EXPECT_EQ(sum, 5000 * 5001 / 2);
+  rs->MoveFirst();
+  EXPECT_EQ(rs->field(0).Value().toInt64(), 1);
+  rs->MoveNext();
+  EXPECT_EQ(rs->field(0).Value().toInt64(), 2);
+  // Closed while the thread reads: nothing is left running.
+  rs->Close();
+  rs->Open("select [n] from [k]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  rs->PrefetchRemainingRows();
+  rs->MoveNext();
+  rs->Close();
+  EXPECT_EQ(cn->Execute("select max([n]) from [k]")->field(0).Value().toInt64(), 5000);
+}

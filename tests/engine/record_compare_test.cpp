@@ -359,6 +359,8 @@ TEST_P(RecordCompare, TheStepThroughReadsTheStatementTheWalkOpensOnTheOtherSide)
     EXPECT_EQ(read, merged > 0 ? 1 : 0);
   }
   EXPECT_EQ(ahead, GetParam() == Engine::SQLite ? 1 : 0);
+  // ... and, both walks on SQLite's own provider, its own records on another.
+  EXPECT_EQ(after.ownReadAhead - before.ownReadAhead, GetParam() == Engine::SQLite ? 2 : 0);
   EXPECT_EQ(fast, orderedWalks(*m, *s, "stock", "id", true));
 }
 

@@ -180,6 +180,9 @@ void Recordset::RunInstead(std::string statement, std::string risingField) {
 
 RiseSeen Recordset::InsteadRise() const { return impl_->riseSeen(); }
 
+void Recordset::PrefetchRemainingRows() { impl_->prefetchRemainingRows(); }
+void Recordset::StopPrefetching() noexcept { impl_->stopPrefetching(); }
+
 void Recordset::Close() { impl_->close(); }
 ObjectStateEnum Recordset::State() const { return impl_->isOpen() ? adStateOpen : adStateClosed; }
 std::string Recordset::Source() const { return impl_->source(); }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "platform/ado/PrefetchCursor.h"
 #include "platform/ado/TypeInfo.h"
 #include "varsentix/platform/vb/Conversions.h"
 #include "varsentix/platform/vb/VBError.h"
@@ -127,6 +128,18 @@ void RecordsetImpl::close() {
   columns_.clear();
   connection_.reset();
   bof_ = eof_ = true;
+}
+
+void RecordsetImpl::prefetchRemainingRows() {
+  requireOpen();  // a deferred first row is read now, by the caller
+  if (inMemory_ || cursorDone_) return;
+  if (currentValid_) currentRow();  // the current row's values, before the cursor goes on
+  cursor_ = std::make_unique<PrefetchCursor>(std::move(cursor_));
+  lazy_ = false;
+}
+
+void RecordsetImpl::stopPrefetching() noexcept {
+  if (auto* prefetching = dynamic_cast<PrefetchCursor*>(cursor_.get())) prefetching->stop();
 }
 
 void RecordsetImpl::replaceRemainingRows(std::vector<Row> rows) {

@@ -36,6 +36,9 @@ class RecordsetImpl {
   bool deferFirstRow = false;
   // Set by Recordset::RunInstead for the next Open.
   std::string runInstead, runInsteadRising;
+  // Reads the rows after the current one on a thread (see Recordset::PrefetchRemainingRows).
+  void prefetchRemainingRows();
+  void stopPrefetching() noexcept;
   // Watches the rise of column's values from the cursor's next row on, and again whenever the
   // statement runs again (see RowCursor::watchRise); Broken when the cursor cannot.
   void watchRise(size_t column);

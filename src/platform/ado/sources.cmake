@@ -4,6 +4,7 @@ target_link_libraries(varsentix PRIVATE EXPAT::EXPAT)
 target_sources(varsentix PRIVATE
   platform/ado/Connection.cpp
   platform/ado/ConnectionString.cpp
+  platform/ado/PrefetchCursor.cpp
   platform/ado/ProviderRegistry.cpp
   platform/ado/Recordset.cpp
   platform/ado/RecordsetImpl.cpp

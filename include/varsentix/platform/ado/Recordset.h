@@ -126,6 +126,14 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   // when it was not watched, or the provider cannot watch). May be asked from another thread
   // than the one reading.
   RiseSeen InsteadRise() const;
+  // For a forward-only walk: the rows after the current one are read on a thread of their own,
+  // some ahead of the walk, which meanwhile must not use the record set's connection (nor may
+  // anyone else). The record set is as before otherwise; moving back runs the statement again,
+  // without the thread. Nothing for rows held in memory or a statement read to its end.
+  void PrefetchRemainingRows();
+  // Ends that thread: the rows it read are still gone through in turn, the others read in step;
+  // the connection is free for others again. Nothing when there is no such thread.
+  void StopPrefetching() noexcept;
 
   // Starts a new row in the edit buffer; Update inserts it.
   void AddNew();
