@@ -53,8 +53,8 @@ class ReadAhead {
     bool end = false;          // the record set's end follows this batch's rows
     std::exception_ptr error;  // reading failed after this batch's rows
   };
-  static constexpr size_t kBatchRows = 256;
-  static constexpr size_t kBatches = 8;
+  static constexpr size_t kBatchRows = 1024;
+  static constexpr size_t kBatches = 4;
 
   void readRow(Row& row);
   void run();

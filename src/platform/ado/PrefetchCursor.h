@@ -40,8 +40,8 @@ class PrefetchCursor : public RowCursor {
     bool end = false;          // inner's end follows this batch's rows
     std::exception_ptr error;  // reading failed after this batch's rows
   };
-  static constexpr size_t kBatchRows = 256;
-  static constexpr size_t kBatches = 8;
+  static constexpr size_t kBatchRows = 1024;
+  static constexpr size_t kBatches = 4;
 
   void run();
   // The next batch read (waits for the thread, while there is one); false when there is none
