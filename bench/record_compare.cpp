@@ -562,7 +562,7 @@ void sqliteHalf(const Options& options, const DataSet& data, const std::string& 
       std::printf("  sqldiff: median %.3f s wall, peak RSS %.1f MB\n", median(sqldiff.wall), median(sqldiff.peak));
     printOurs(ours, data, options.runs);
     if (ours.any() && sqldiff.any())
-      std::printf("SQLite %s: ours / sqldiff = %.1fx time; our peak RSS %.1f MB (sqldiff %.1f MB)\n", tag.c_str(),
+      std::printf("SQLite %s: ours / sqldiff = %.2fx time; our peak RSS %.1f MB (sqldiff %.1f MB)\n", tag.c_str(),
                   median(ours.wall) / median(sqldiff.wall), median(ours.peak), median(sqldiff.peak));
     else if (ours.any())
       std::printf("SQLite %s: no sqldiff figure; our peak RSS %.1f MB\n", tag.c_str(), median(ours.peak));
@@ -631,7 +631,7 @@ void postgresHalf(const Options& options, const DataSet& data) {
                     median(stream.wall), median(stream.call), median(stream.peak), stream.last.streamedRows);
       printOurs(ours, data, options.runs);
       if (ours.any() && stream.any())
-        std::printf("PostgreSQL %s: ours / streaming = %.1fx time; our peak RSS %.1f MB\n", tag.c_str(),
+        std::printf("PostgreSQL %s: ours / streaming = %.2fx time; our peak RSS %.1f MB\n", tag.c_str(),
                     median(ours.wall) / median(stream.wall), median(ours.peak));
     }
     Measured dropped = onServer({"DROP DATABASE IF EXISTS " + masterDb + " WITH (FORCE)",
