@@ -8,17 +8,13 @@
 // a batch of records, the walk while it asks the engine. Nothing else may use the connection
 // until stop() has returned: a walk that raises events (whose handlers may use it) reads without
 // a thread.
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
-#include <exception>
-#include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 #include "varsentix/platform/ado/Recordset.h"
+#include "varsentix/platform/ado/RowBatches.h"
 #include "varsentix/platform/vb/Variant.h"
 
 namespace varsentix::engine {
@@ -47,41 +43,17 @@ class ReadAhead {
   std::unique_lock<std::mutex> connectionLock();
 
  private:
-  struct Batch {
-    std::vector<Row> rows;
-    size_t count = 0;
-    bool end = false;          // the record set's end follows this batch's rows
-    std::exception_ptr error;  // reading failed after this batch's rows
-  };
-  static constexpr size_t kBatchRows = 1024;
-  static constexpr size_t kBatches = 4;
-
   void readRow(Row& row);
-  void run();
-  // The next batch from the thread (waits for it); false when there is none to come.
-  bool takeBatch();
 
   vb::Ref<ado::Recordset> rows_;
   std::vector<int32_t> columns_;
   std::vector<size_t> places_;
   size_t width_;
   bool threaded_ = false;
-
-  // Reading in step: the one row.
+  // The current record's values (read in step, or taken from the thread's batches).
   Row row_;
   bool rowRead_ = false;
-
-  // Reading ahead.
-  std::mutex connection_;
-  std::mutex queue_;
-  std::condition_variable changed_;
-  std::deque<std::unique_ptr<Batch>> full_;
-  std::vector<std::unique_ptr<Batch>> free_;
-  bool stopping_ = false;
-  std::unique_ptr<Batch> batch_;  // the one being consumed
-  size_t at_ = 0;
-  bool done_ = false;  // the thread has handed over its last batch
-  std::thread thread_;
+  ado::RowBatches<Row> batches_;  // declared last: its thread stops before the rest goes
 };
 
 }  // namespace varsentix::engine
