@@ -46,7 +46,6 @@ std::string bracketed(const std::string& table) {
   return out + "]";
 }
 
-// Unspecified command type: a single name (bare or bracketed) is a table, anything else SQL.
 // The one column named name (in any ASCII letter case) that is its table's column of that name;
 // -1 when there is none or more than one.
 int32_t tableColumnNamed(const std::vector<detail::ColumnInfo>& columns, const std::string& name) {
@@ -64,6 +63,7 @@ int32_t tableColumnNamed(const std::vector<detail::ColumnInfo>& columns, const s
   return found;
 }
 
+// Unspecified command type: a single name (bare or bracketed) is a table, anything else SQL.
 bool looksLikeTableName(const std::string& source) {
   std::string s = vb::Trim(source);
   if (s.empty()) return false;
