@@ -477,22 +477,35 @@ void fillStockInKeyOrder(TestDatabase& m, TestDatabase& s, const StockOrder& ord
   s.exec("INSERT INTO stock VALUES " + values(source));
 }
 
+// The stock tables walked by the key both ways as one compare, one way and back, and literally
+// (one way and back), with the decision counts before, between and after them.
+struct StockWalks {
+  std::vector<std::string> bothWays, oneWay, literal;
+  engine::RecordMatcher::Counts before, middle, after, afterLiteral;
+};
+StockWalks walkStockEveryWay(TestDatabase& m, TestDatabase& s) {
+  StockWalks walks;
+  walks.before = engine::RecordMatcher::threadTotals();
+  walks.bothWays = orderedWalks(m, s, "stock", "id", false, true);
+  walks.middle = engine::RecordMatcher::threadTotals();
+  walks.oneWay = orderedWalks(m, s, "stock", "id", false, false);
+  walks.after = engine::RecordMatcher::threadTotals();
+  walks.literal = orderedWalks(m, s, "stock", "id", true, false);
+  walks.afterLiteral = engine::RecordMatcher::threadTotals();
+  return walks;
+}
+
 }  // namespace
 
 TEST(RecordCompareSqlite, TablesHoldingTheirRecordsInKeyOrderAreWalkedUnsortedAlike) {
   VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
   VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
   fillStockInKeyOrder(*m, *s, {});
-  const auto before = engine::RecordMatcher::threadTotals();
-  const auto bothWays = orderedWalks(*m, *s, "stock", "id", false, true);
-  const auto middle = engine::RecordMatcher::threadTotals();
-  const auto oneWay = orderedWalks(*m, *s, "stock", "id", false, false);
-  const auto after = engine::RecordMatcher::threadTotals();
+  const auto [bothWays, oneWay, literal, before, middle, after, afterLiteral] = walkStockEveryWay(*m, *s);
   // Every result row, message and last match query is that of the walks sorted by the key.
-  const auto literal = orderedWalks(*m, *s, "stock", "id", true, false);
   EXPECT_EQ(bothWays, literal);
   EXPECT_EQ(oneWay, literal);
-  EXPECT_EQ(engine::RecordMatcher::threadTotals().unsorted, after.unsorted);  // the literal walks sort
+  EXPECT_EQ(afterLiteral.unsorted, after.unsorted);  // the literal walks sort
   // Both ways: the first walk reads both tables unsorted, the second goes through the records the
   // first kept. One way and back: each walk reads both unsorted.
   EXPECT_EQ(middle.unsorted - before.unsorted, 2);
@@ -516,12 +529,7 @@ TEST(RecordCompareSqlite, AWalkWhoseTableTurnsOutNotInKeyOrderIsWalkedAgainSorte
     VARSENTIX_TEST_DATABASE(m, Engine::SQLite);
     VARSENTIX_TEST_DATABASE(s, Engine::SQLite);
     fillStockInKeyOrder(*m, *s, order);
-    const auto before = engine::RecordMatcher::threadTotals();
-    const auto bothWays = orderedWalks(*m, *s, "stock", "id", false, true);
-    const auto middle = engine::RecordMatcher::threadTotals();
-    const auto oneWay = orderedWalks(*m, *s, "stock", "id", false, false);
-    const auto after = engine::RecordMatcher::threadTotals();
-    const auto literal = orderedWalks(*m, *s, "stock", "id", true, false);
+    const auto [bothWays, oneWay, literal, before, middle, after, afterLiteral] = walkStockEveryWay(*m, *s);
     EXPECT_EQ(bothWays, literal);
     EXPECT_EQ(oneWay, literal);
     // Each walk that read the out-of-order table unsorted was made again with it sorted: one

@@ -41,6 +41,17 @@ struct StatementDeleter {
 };
 using Statement = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
 
+// A prepared statement of native text; empty when it does not prepare.
+Statement prepared(sqlite3* db, const std::string& nativeSql) {
+  sqlite3_stmt* raw = nullptr;
+  if (sqlite3_prepare_v2(db, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw, nullptr) !=
+      SQLITE_OK) {
+    sqlite3_finalize(raw);
+    return {};
+  }
+  return Statement(raw);
+}
+
 // The ADO-like number and an SQLSTATE-like class of an SQLite failure.
 std::pair<int32_t, const char*> classify(int resultCode, const std::string& message) {
   switch (resultCode & 0xff) {
@@ -579,11 +590,8 @@ void exactLiteral(sqlite3_context* context, int /*argc*/, sqlite3_value** argv) 
 }
 
 bool holdsTemporaryObjects(sqlite3* db) {
-  sqlite3_stmt* raw = nullptr;
-  if (sqlite3_prepare_v2(db, "SELECT 1 FROM temp.sqlite_master LIMIT 1", -1, &raw, nullptr) != SQLITE_OK)
-    return true;
-  Statement stmt(raw);
-  return sqlite3_step(stmt.get()) != SQLITE_DONE;
+  Statement stmt = prepared(db, "SELECT 1 FROM temp.sqlite_master LIMIT 1");
+  return !stmt || sqlite3_step(stmt.get()) != SQLITE_DONE;
 }
 
 std::string fileOf(sqlite3* db) {
@@ -621,17 +629,6 @@ std::unique_ptr<ProviderSession> SqliteSession::openJoinedReader(ProviderSession
 }
 
 namespace {
-
-// A prepared statement of native text; empty when it does not prepare.
-Statement prepared(sqlite3* db, const std::string& nativeSql) {
-  sqlite3_stmt* raw = nullptr;
-  if (sqlite3_prepare_v2(db, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw, nullptr) !=
-      SQLITE_OK) {
-    sqlite3_finalize(raw);
-    return {};
-  }
-  return Statement(raw);
-}
 
 // Whether the engine's plan for a query sorts its rows to give them in order.
 bool planSortsForOrder(sqlite3* db, const std::string& nativeSql) {
