@@ -9,6 +9,7 @@ target_sources(varsentix PRIVATE
   engine/RecordCompare.cpp
   engine/RecordMatch.cpp
   engine/ReadAhead.cpp
+  engine/HashSet.cpp
 )
 # The record walks read the other side's records ahead on a thread of their own.
 find_package(Threads REQUIRED)
