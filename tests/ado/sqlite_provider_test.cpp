@@ -428,6 +428,49 @@ TEST(SqliteProvider, TheEnginesPlanTellsWhetherAnOrderCostsASort) {
   EXPECT_FALSE(cn->SortsForOrder("select * from [k] order by [n]"));
 }
 
+TEST(SqliteProvider, TextColumnsUnderBinaryCollationCompareByTheirBytes) {
+  TempDir dir;
+  auto cn = tableWithoutIndex(dir, "",
+                              "CREATE TABLE t (a TEXT, b VARCHAR(20), c NVARCHAR(9) COLLATE NOCASE, d TEXT COLLATE RTRIM, "
+                              "e CLOB, f STRING, g INTEGER, h, i CHARINT, j TEXT COLLATE binary);");
+  EXPECT_TRUE(cn->ComparesTextByBytes("t", "a"));
+  EXPECT_TRUE(cn->ComparesTextByBytes("t", "b"));
+  EXPECT_TRUE(cn->ComparesTextByBytes("T", "B"));  // names as SQLite finds them, without case
+  EXPECT_TRUE(cn->ComparesTextByBytes("t", "e"));
+  EXPECT_TRUE(cn->ComparesTextByBytes("t", "j"));
+  EXPECT_TRUE(cn->ComparesTextByBytes("k", "v"));
+  // Other collations fold case or trailing blanks.
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "c"));
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "d"));
+  // Other affinities read a literal that looks like a number as one.
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "f"));
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "g"));
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "h"));
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "i"));
+  // A question, not an error.
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "gone"));
+  EXPECT_FALSE(cn->ComparesTextByBytes("gone", "a"));
+  EXPECT_FALSE(cn->ComparesTextByBytes("t'; drop table t; --", "a"));
+  // A temporary table hides the file's table of the same name, as it does from a statement.
+  cn->Execute("CREATE TEMP TABLE t (a TEXT COLLATE NOCASE)");
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "a"));
+  cn->Close();
+  EXPECT_FALSE(cn->ComparesTextByBytes("k", "v"));
+}
+
+TEST(SqliteProvider, AUtf16DatabaseDoesNotCompareTextsByTheirUtf8Bytes) {
+  TempDir dir;
+  const std::string path = dir.file("utf16.sqlite");
+  sqlite3* db = nullptr;
+  sqlite3_open(path.c_str(), &db);
+  ASSERT_EQ(sqlite3_exec(db, "PRAGMA encoding = 'UTF-16le'; CREATE TABLE t (a TEXT);", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(db);
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  EXPECT_FALSE(cn->ComparesTextByBytes("t", "a"));
+}
+
 TEST(SqliteProvider, ARecordSetReadingAnotherStatementWatchesItsKeyRise) {
   TempDir dir;
   const std::string rising = "INSERT INTO k VALUES (-5, 'a'), (0, 'b'), (7, 'c'), (9000000000, 'd');";

@@ -86,6 +86,15 @@ bool Connection::SortsForOrder(const std::string& sql) {
   }
 }
 
+bool Connection::ComparesTextByBytes(const std::string& table, const std::string& column) {
+  if (!session_) return false;
+  try {
+    return session_->comparesTextByBytes(table, column);
+  } catch (...) {
+    return false;  // a question, as above
+  }
+}
+
 vb::Ref<Connection> Connection::OpenJoinedReader(Connection& other) {
   if (!session_ || !other.session_) return {};
   auto joined = session_->openJoinedReader(*other.session_);
