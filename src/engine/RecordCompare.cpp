@@ -378,14 +378,17 @@ struct Unsorted {
 
 // Of the sides allowed, those whose engine would sort the walk's statement (ordered) for its order:
 // no index gives it. Their tables are often filled in key order: read as stored, they give the
-// records in that order already, which the walk then watches (see UnsortedOpens).
-Unsorted sortingSides(clsDBManager& A, clsDBManager& B, const std::string& ordered, Unsorted allowed) {
+// records in that order already, which the walk then watches (see UnsortedOpens). The watch
+// follows integer keys: a text key (orderedBy, in table) is sorted.
+Unsorted sortingSides(clsDBManager& A, clsDBManager& B, const std::string& ordered, const std::string& table,
+                      const std::string& orderedBy, Unsorted allowed) {
   Unsorted sides;
   if (literalRecordMatching()) return sides;
   try {
     auto sorts = [&](clsDBManager& side) {
       auto connection = side.getDatabaseConnection();
-      return connection && connection->State() == ado::adStateOpen && connection->SortsForOrder(ordered);
+      return connection && connection->State() == ado::adStateOpen && !connection->ComparesTextByBytes(table, orderedBy) &&
+             connection->SortsForOrder(ordered);
     };
     sides.own = allowed.own && sorts(A);
     sides.other = allowed.other && sorts(B);
@@ -531,7 +534,7 @@ bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay*
       if (RecordMatcher::mayGoThroughKept(otherWay, A, B, query)) {
         deferred.emplace(A, B);
       } else if (!orderBy.empty() && mayReadUnsorted.any()) {
-        watched = sortingSides(A, B, query, mayReadUnsorted);
+        watched = sortingSides(A, B, query, A.getTableName(), orderBy, mayReadUnsorted);
         if (watched.any()) unsorted.emplace(A, B, watched, unordered, orderBy);
       }
       openOnBothSides(A, B, query);

@@ -203,32 +203,6 @@ class FlagScope {
 
 }  // namespace
 
-template <typename Hash>
-void RecordMatcher::HashSet<Hash>::seal() {
-  std::sort(hashes_.begin(), hashes_.end());
-  hashes_.erase(std::unique(hashes_.begin(), hashes_.end()), hashes_.end());
-  // About eight hashes per bucket.
-  int bits = 0;
-  while (bits < 32 && (size_t{1} << bits) * 8 < hashes_.size()) ++bits;
-  shift_ = 64 - bits;
-  const size_t buckets = size_t{1} << bits;
-  directory_.assign(buckets + 1, 0);
-  size_t position = 0;
-  for (size_t bucket = 0; bucket < buckets; ++bucket) {
-    directory_[bucket] = static_cast<uint32_t>(position);
-    while (position < hashes_.size() && (bits == 0 ? 0 : top(hashes_[position]) >> shift_) == bucket) ++position;
-  }
-  directory_[buckets] = static_cast<uint32_t>(hashes_.size());
-}
-
-template <typename Hash>
-bool RecordMatcher::HashSet<Hash>::contains(const Hash& hash) const {
-  const size_t bucket = shift_ >= 64 ? 0 : static_cast<size_t>(top(hash) >> shift_);
-  for (uint32_t i = directory_[bucket]; i < directory_[bucket + 1]; ++i)
-    if (hashes_[i] == hash) return true;
-  return false;
-}
-
 bool literalRecordMatching() { return literalMatching; }
 const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void RecordMatcher::countUnsortedStatement() { ++totals.unsorted; }
@@ -292,6 +266,7 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
         (orderedBy.empty() || vb::LCase(orderedBy) == vb::LCase(matcher->columns_[0].name)) &&
         matcher->fitsOtherWay(*otherWay, *own)) {
       matcher->usingOtherWay_ = otherWay;
+      matcher->textKeys_ = otherWay->textKeys;
       return matcher;
     }
     if (keptOnly) return nullptr;
@@ -311,13 +286,16 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
                               records->Source())) {
       // The decisions the other way are made with the same engine's = and like, and literals
       // read back the same way: the sides must be of one kind.
+      // The second walk's B is the first one's A: text keys must be in byte order there too.
       if (otherWay && !otherWay->complete && own && own->State() == ado::adStateOpen &&
-          own->Engine() == matcher->engine_) {
+          own->Engine() == matcher->engine_ &&
+          (!matcher->textKeys_ || own->ComparesTextByBytes(table, matcher->columns_[0].name))) {
         *otherWay = OtherWay();
         otherWay->ownConnection = &*own;
         otherWay->otherConnection = &*matcher->otherConnection_;
         otherWay->engine = matcher->engine_;
         otherWay->table = table;
+        otherWay->textKeys = matcher->textKeys_;
         for (size_t c : matcher->tested_) otherWay->tested.push_back(matcher->columns_[c]);
         matcher->otherWay_ = otherWay;
         matcher->collecting_ = true;
@@ -418,8 +396,15 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado
   // orders the same way on every engine here: B's records read in that order meet A's record by
   // record. A walk without an order mostly does too (a table read as stored, its keys given in
   // order); at the first record out of order the walk leaves for the hashes.
+  //
+  // A text column orders the same way on both sides where B's engine orders and compares its
+  // texts by their bytes: then B's records come in byte order, those equal to A's key are those
+  // with its very bytes, and A's records are checked to come in that order as they are read.
+  // Only a walk ordered by the column is tried: a table read as stored is seldom in text order.
   const Column& key = columns_[0];
-  if (key.kind != Kind::Integer) return false;
+  textKeys_ = key.kind == Kind::Text && !orderedBy.empty() &&
+              otherConnection_->ComparesTextByBytes(table_, key.name);
+  if (key.kind != Kind::Integer && !textKeys_) return false;
   if (!orderedBy.empty() && vb::LCase(orderedBy) != vb::LCase(key.name)) return false;
   // MariaDB's connector streams a result over the connection itself: a match query sent while
   // B's records are being read would fail.
@@ -507,9 +492,31 @@ void RecordMatcher::leaveMerge() {
   askAlways_ = !buildHashes();
 }
 
-bool RecordMatcher::loadGroup(int64_t key) {
+bool RecordMatcher::mergeKeyOf(const vb::Variant& value, int64_t& integer, std::string& text) const {
+  if (!textKeys_) {
+    const auto key = integerOf(value);
+    if (key) integer = *key;
+    return key.has_value();
+  }
+  if (value.type() != vb::VarType::String) return false;
+  text.assign(value.asString());
+  return true;
+}
+
+int RecordMatcher::compareKeys(bool text, int64_t integer, const std::string& keyText, int64_t otherInteger,
+                               const std::string& otherText) {
+  if (text) {
+    // Byte by byte, as unsigned bytes (char_traits<char> compares so), then by length: memcmp's
+    // order, which the engine's is.
+    const int order = keyText.compare(otherText);
+    return (order > 0) - (order < 0);
+  }
+  return (integer > otherInteger) - (integer < otherInteger);
+}
+
+bool RecordMatcher::loadGroup(int64_t key, const std::string& keyText) {
   try {
-    return keyingOtherSide([&] { return readGroup(key); });
+    return keyingOtherSide([&] { return readGroup(key, keyText); });
   } catch (...) {
     // B's records could not be read on: those read so far are gone, so the merge cannot go on.
     return false;
@@ -517,22 +524,26 @@ bool RecordMatcher::loadGroup(int64_t key) {
 }
 
 bool RecordMatcher::readOtherKey(const ReadAhead::Row& row) {
-  const auto otherKey = integerOf(row[tested_[0]]);
-  // Null or another kind of value first, or an order the integers do not follow: not a merge.
-  if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
+  int64_t otherKey = 0;
+  // Null or another kind of value first, or an order the keys do not follow: not a merge.
+  if (!mergeKeyOf(row[tested_[0]], otherKey, keyText_) ||
+      (haveOtherKey_ && compareKeys(otherKey, keyText_, otherKey_, otherText_) < 0))
+    return false;
   haveOtherKey_ = true;
-  otherKey_ = *otherKey;
+  otherKey_ = otherKey;
+  otherText_.swap(keyText_);
   return true;
 }
 
-bool RecordMatcher::readGroup(int64_t key) {
+bool RecordMatcher::readGroup(int64_t key, const std::string& keyText) {
   groupSize_ = 0;
   groupUncertain_ = false;
   uncovered_.clear();
   while (ReadAhead::Row* row = otherRows_->current()) {
     if (!readOtherKey(*row)) return false;
-    if (otherKey_ > key) break;
-    if (otherKey_ == key) {
+    const int order = compareKeys(otherKey_, otherText_, key, keyText);
+    if (order > 0) break;
+    if (order == 0) {
       if (groupSize_ == group_.size()) group_.emplace_back();
       GroupRecord& slot = group_[groupSize_];
       slot.values.swap(*row);  // the record's values, read ahead, become the slot's
@@ -540,7 +551,7 @@ bool RecordMatcher::readGroup(int64_t key) {
       keyGroupSlot();
     } else if (collecting_) {
       // A record of B under a key A does not have: the walk the other way decides it.
-      if (!otherWay_->addUncertainKey(otherKey_)) {
+      if (!otherWay_->addUncertainKey(otherKey_, otherText_)) {
         stopCollecting();
       } else if (keepingOther_) {
         keepOtherRecord(*row);
@@ -626,17 +637,20 @@ bool RecordMatcher::sameValues(const GroupRecord& slot) const {
 
 RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
   const bool covered = readOwnValues(records, false);
-  const auto key = integerOf(lastValues_[0]);
-  const bool inOrder = key && (!haveKey_ || *key >= walkKey_);
-  const bool newKey = inOrder && (!haveKey_ || *key != walkKey_);
+  int64_t key = 0;
+  const bool keyed = mergeKeyOf(lastValues_[0], key, ownText_);
+  const int order = keyed && haveKey_ ? compareKeys(key, ownText_, walkKey_, walkText_) : 1;
+  const bool inOrder = keyed && order >= 0;
+  const bool newKey = inOrder && order != 0;
   if (newKey && haveKey_ && collecting_) closeOtherWayGroup();
-  if (!inOrder || (newKey && !loadGroup(*key))) {
+  if (!inOrder || (newKey && !loadGroup(key, ownText_))) {
     leaveMerge();
     if (askAlways_ || !covered) return Decision::AskEngine;
     return decideFromKeptValues();
   }
   haveKey_ = true;
-  walkKey_ = *key;
+  walkKey_ = key;
+  if (newKey) walkText_.swap(ownText_);
   const Decision decision = decideAgainstGroup(covered);
   if (collecting_) {
     if (decision == Decision::Match) markOtherWayMatches();
@@ -712,7 +726,7 @@ void RecordMatcher::closeOtherWayGroup() {
   // B's records with the key A's walk leaves: A's records with it are all seen.
   if (!groupCertainOtherWay()) {
     const auto end = ownGroup_.begin() + static_cast<std::ptrdiff_t>(ownGroupSize_);
-    if (!otherWay_->addUncertainKey(walkKey_, OtherWay::Records(ownGroup_.begin(), end))) {
+    if (!otherWay_->addUncertainKey(walkKey_, walkText_, OtherWay::Records(ownGroup_.begin(), end))) {
       stopCollecting();
       return;
     }
@@ -738,8 +752,8 @@ bool RecordMatcher::readRestOfOtherSide() {
   // Past A's last key: records of B under keys A does not have.
   while (ReadAhead::Row* row = otherRows_->current()) {
     if (!readOtherKey(*row)) return false;
-    if (!haveKey_ || otherKey_ != walkKey_) {
-      if (!otherWay_->addUncertainKey(otherKey_)) return false;
+    if (!haveKey_ || compareKeys(otherKey_, otherText_, walkKey_, walkText_) != 0) {
+      if (!otherWay_->addUncertainKey(otherKey_, otherText_)) return false;
       if (keepingOther_) keepOtherRecord(*row);
     } else {
       keepingOther_ = false;  // a record of the last group not read with it: let the walk read them
@@ -761,6 +775,7 @@ void RecordMatcher::completeOtherWay() noexcept {
     }
     otherWay_->haveLastKey = haveOtherKey_;
     otherWay_->lastKey = otherKey_;
+    otherWay_->lastText = otherText_;
     finishKeeping();
     otherWay_->complete = true;
     otherWay_ = nullptr;
@@ -836,10 +851,12 @@ void RecordMatcher::countMatchedUnread(int64_t records) {
   totals.otherWay += records;
 }
 
-bool RecordMatcher::OtherWay::addUncertainKey(int64_t key, Records records) {
-  if (!uncertainKeys.empty() && uncertainKeys.back().first >= key)
-    return uncertainKeys.back().first == key && records.empty();  // another record of B under it
-  uncertainKeys.emplace_back(key, std::move(records));
+bool RecordMatcher::OtherWay::addUncertainKey(int64_t key, const std::string& text, Records records) {
+  if (!uncertainKeys.empty()) {
+    const int order = compareKeys(textKeys, key, text, uncertainKeys.back().key, uncertainKeys.back().text);
+    if (order <= 0) return order == 0 && records.empty();  // another record of B under it
+  }
+  uncertainKeys.push_back(UncertainKey{key, text, std::move(records)});
   return true;
 }
 
@@ -853,14 +870,16 @@ bool RecordMatcher::fitsOtherWay(const OtherWay& otherWay, const ado::Connection
     const Column& theirs = otherWay.tested[t];
     if (mine.name != theirs.name || mine.kind != theirs.kind || mine.compare != theirs.compare) return false;
   }
-  return columns_[0].kind == Kind::Integer;
+  // Text keys in the same byte order as the first walk's.
+  return columns_[0].kind == (otherWay.textKeys ? Kind::Text : Kind::Integer);
 }
 
 RecordMatcher::Decision RecordMatcher::decideOtherWay(ado::Recordset& records) {
   const OtherWay& way = *usingOtherWay_;
   records.ValueInto(columns_[0].index, keyValue_);
-  const auto key = integerOf(keyValue_);
-  if (!key || (haveKey_ && *key < walkKey_) || !way.haveLastKey || *key > way.lastKey) {
+  int64_t key = 0;
+  if (!mergeKeyOf(keyValue_, key, ownText_) || (haveKey_ && compareKeys(key, ownText_, walkKey_, walkText_) < 0) ||
+      !way.haveLastKey || compareKeys(key, ownText_, way.lastKey, way.lastText) > 0) {
     // Not the records the first walk read (the table changed in between): the hashes decide
     // from here on.
     usingOtherWay_ = nullptr;
@@ -869,21 +888,25 @@ RecordMatcher::Decision RecordMatcher::decideOtherWay(ado::Recordset& records) {
     return decideFromKeptValues();
   }
   haveKey_ = true;
-  walkKey_ = *key;
+  walkKey_ = key;
+  walkText_.swap(ownText_);
   const auto& uncertain = way.uncertainKeys;
-  while (nextUncertain_ < uncertain.size() && uncertain[nextUncertain_].first < *key) ++nextUncertain_;
-  if (nextUncertain_ == uncertain.size() || uncertain[nextUncertain_].first != *key) {
+  auto order = [&](size_t at) {
+    return compareKeys(uncertain[at].key, uncertain[at].text, walkKey_, walkText_);
+  };
+  while (nextUncertain_ < uncertain.size() && order(nextUncertain_) < 0) ++nextUncertain_;
+  if (nextUncertain_ == uncertain.size() || order(nextUncertain_) != 0) {
     // The walk's last records: their values are written into B when the walk ends.
-    if (*key == way.lastKey) readOwnValues(records);
+    if (compareKeys(walkKey_, walkText_, way.lastKey, way.lastText) == 0) readOwnValues(records);
     return Decision::Match;
   }
   const bool covered = readOwnValues(records, false);
-  if (!haveGroupKey_ || groupKey_ != *key) {
+  if (!haveGroupKey_ || compareKeys(groupKey_, groupText_, walkKey_, walkText_) != 0) {
     haveGroupKey_ = false;
     groupSize_ = 0;
     groupUncertain_ = false;
     keyingOtherSide([&] {
-      for (const auto& kept : uncertain[nextUncertain_].second) {
+      for (const auto& kept : uncertain[nextUncertain_].records) {
         if (groupSize_ == group_.size()) group_.emplace_back();
         std::vector<vb::Variant>& values = group_[groupSize_].values;
         values.resize(columns_.size());
@@ -893,7 +916,8 @@ RecordMatcher::Decision RecordMatcher::decideOtherWay(ado::Recordset& records) {
       return true;
     });
     haveGroupKey_ = true;
-    groupKey_ = *key;
+    groupKey_ = walkKey_;
+    groupText_ = walkText_;
   }
   return decideAgainstGroup(covered);
 }
@@ -995,6 +1019,7 @@ bool RecordMatcher::readOtherSide(ado::Recordset& rows, size_t expectedRows) {
   strict_.seal();
   loose_.seal();
   looseWithoutLike_.seal();
+  if (strict_.inFile()) ++totals.hashesInFiles;
   return true;
 }
 
@@ -1170,11 +1195,15 @@ RecordMatcher::Decision RecordMatcher::decideFromHashes(ado::Recordset& records)
 }
 
 RecordMatcher::Decision RecordMatcher::decideFromKeptValues() {
-  if (strict_.contains(hashKey(ownStrictKey()))) return Decision::Match;
+  // A page of the hashes' file that cannot be read decides nothing.
+  const std::optional<bool> strict = strict_.contains(hashKey(ownStrictKey()));
+  if (!strict) return Decision::AskEngine;
+  if (*strict) return Decision::Match;
   if (!makeOwnKeys()) return Decision::AskEngine;
-  const bool found = keys_->wildcard ? looseWithoutLike_.contains(looseHash(keys_->looseWithoutLike))
-                                  : loose_.contains(looseHash(keys_->loose));
-  return found ? Decision::AskEngine : Decision::NoMatch;
+  const std::optional<bool> found = keys_->wildcard
+                                        ? looseWithoutLike_.contains(looseHash(keys_->looseWithoutLike))
+                                        : loose_.contains(looseHash(keys_->loose));
+  return found == false ? Decision::NoMatch : Decision::AskEngine;
 }
 
 void RecordMatcher::writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const {

@@ -10,7 +10,8 @@
 //   - NoMatch: the statement certainly runs and no record of B can satisfy it;
 //   - AskEngine: anything else. The walk then sends the match query as always.
 // What "certainly" means per engine (how = and like compare, how a literal is read) is written
-// down in docs/performance.md. Memory: 24 bytes per record of B's table while the walk runs.
+// down in docs/performance.md. Memory: 24 bytes per record of B's table while the walk runs, up
+// to 4 MB a set of hashes; past that they go to a temporary file (see HashSet).
 //
 // When both sides are SQLite files and B's table can be searched by its first column, the
 // matcher reads no table itself: one statement on a joined reader walks A's statement in step
@@ -39,6 +40,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/HashSet.h"
 #include "engine/ReadAhead.h"
 #include "varsentix/platform/ado/Enums.h"
 #include "varsentix/platform/vb/Ref.h"
@@ -131,6 +133,7 @@ class RecordMatcher {
     int64_t unsorted = 0;  // walk statements run without their order (trusted to come in it)
     int64_t walkedAgain = 0;  // walks ended early and made again, a side's records not in order
     int64_t ownReadAhead = 0;  // walks that read A's records on a thread of their own
+    int64_t hashesInFiles = 0;  // walks whose hashes of B's records went to a temporary file
   };
   static const Counts& threadTotals();
   // Counts a walk that reads A's records on a thread of their own.
@@ -152,26 +155,6 @@ class RecordMatcher {
     Compare compare = Compare::Equal;
     bool excluded = false;  // left out of the match query
   };
-  using Hash128 = std::pair<uint64_t, uint64_t>;
-  // Hashes of B's records, sorted, with a directory over their top bits: a lookup reads one
-  // directory entry and a handful of neighbouring hashes.
-  template <typename Hash>
-  class HashSet {
-   public:
-    void reserve(size_t count) { hashes_.reserve(count); }
-    void add(const Hash& hash) { hashes_.push_back(hash); }
-    void seal();
-    bool contains(const Hash& hash) const;
-
-   private:
-    static uint64_t top(uint32_t hash) { return static_cast<uint64_t>(hash) << 32; }
-    static uint64_t top(const Hash128& hash) { return hash.first; }
-    std::vector<Hash> hashes_;
-    std::vector<uint32_t> directory_;  // first position of each bucket, and the end
-    int shift_ = 63;
-  };
-
-
   RecordMatcher() = default;
   // The tested columns' positions in columns_.
   std::vector<size_t> testedPositions() const;
@@ -201,11 +184,21 @@ class RecordMatcher {
   // repeated or of another kind.
   bool readsTestedColumns(ado::Recordset& rows);
   Decision decideMerged(ado::Recordset& records);
+  // The merge's key of a value into integer (or text, for text keys); false when it has none.
+  bool mergeKeyOf(const vb::Variant& value, int64_t& integer, std::string& text) const;
+  // -1, 0 or 1 as one key comes before, with or after another in the merge's order (of texts
+  // when text, else of integers).
+  static int compareKeys(bool text, int64_t integer, const std::string& keyText, int64_t otherInteger,
+                         const std::string& otherText);
+  int compareKeys(int64_t integer, const std::string& text, int64_t otherInteger,
+                  const std::string& otherText) const {
+    return compareKeys(textKeys_, integer, text, otherInteger, otherText);
+  }
   // Reads B's records up to the walk's key; false when B's order is not one the merge follows.
-  bool loadGroup(int64_t key);
+  bool loadGroup(int64_t key, const std::string& keyText);
   // Runs body with the add* functions keying into other_, leaving A's keys as they were.
   bool keyingOtherSide(const std::function<bool()>& body);
-  bool readGroup(int64_t key);
+  bool readGroup(int64_t key, const std::string& keyText);
   // Reads the key of B's current record into otherKey_; false when it is not an integer or
   // comes before the one read last.
   bool readOtherKey(const ReadAhead::Row& row);
@@ -284,6 +277,10 @@ class RecordMatcher {
   int64_t walkKey_ = 0;
   bool haveOtherKey_ = false;
   int64_t otherKey_ = 0;  // the key of the B record read last
+  // Text keys (a text first column ordered and compared by its bytes on B's engine): the keys
+  // are the texts beside these, and A's record's key and B's are read into scratch texts.
+  bool textKeys_ = false;
+  std::string walkText_, otherText_, ownText_, keyText_;
   // B's records with the walk's key: their strict keys and their values (for the loose keys,
   // made only when A's record finds no strict match). Slots are reused: group_ holds groupSize_.
   struct GroupRecord {
@@ -330,6 +327,7 @@ class RecordMatcher {
   OtherWay* usingOtherWay_ = nullptr;
   bool haveGroupKey_ = false;
   int64_t groupKey_ = 0;
+  std::string groupText_;
   size_t nextUncertain_ = 0;  // the first of the uncertain keys not before the walk's key
   vb::Variant keyValue_;      // the key of the record read last
 };
@@ -343,16 +341,24 @@ struct RecordMatcher::OtherWay {
   ado::EngineFamily engine = ado::EngineFamily::Other;
   std::string table;
   std::vector<Column> tested;
+  // Keys are integers, or texts in byte order (textKeys).
+  bool textKeys = false;
   // B's greatest key; whether B had records at all.
   bool haveLastKey = false;
   int64_t lastKey = 0;
+  std::string lastText;
   // The keys under which a record of B may lack a certain match, in ascending order, with A's
   // records under each (their tested values, in order): none where A has no record with the key.
   // The first walk finds them in key order; the second looks them up in key order.
   using Records = std::vector<std::vector<vb::Variant>>;
-  std::vector<std::pair<int64_t, Records>> uncertainKeys;
+  struct UncertainKey {
+    int64_t key = 0;
+    std::string text;
+    Records records;
+  };
+  std::vector<UncertainKey> uncertainKeys;
   // Appends the key; false when it is not past the last one (then nothing is kept).
-  bool addUncertainKey(int64_t key, Records records = {});
+  bool addUncertainKey(int64_t key, const std::string& text, Records records = {});
   // B's records that the second walk needs, when it may go through them instead of reading its
   // statement (replayable): those under the uncertain keys and B's last record, in B's order,
   // each with its place among B's records and the values of its every column. otherSource:
