@@ -3,7 +3,7 @@
 // sqldiff on SQLite files, and against streaming both tables through the record-set layer on
 // PostgreSQL over ODBC. Prints medians; asserts nothing.
 //
-//   record_compare [--rows N] [--runs R] [--full-precision-reals] [--variant pk|plain|both]
+//   record_compare [--rows N] [--runs R] [--full-precision-reals] [--variant pk|plain|text|both|all]
 //                  [--sqlite-only | --pg-only] [--timeout S] [--keep]
 //     --rows N        rows of the original table (default 1,000,000)
 //     --runs R        timed runs of each contender per variant, alternating (default 5)
@@ -11,10 +11,16 @@
 //                     the real column holds random doubles with long fractions (default: amounts
 //                     with two decimals)
 //     --variant       pk: id INTEGER PRIMARY KEY; plain: no index nor key at all (id a plain
-//                     INTEGER column); both (default)
+//                     INTEGER column); text: the id written as a text code ('C0000001', a
+//                     VARCHAR(20) first column without index, which no walk can follow in step:
+//                     the other side's records are kept as hashes); both: pk and plain (default);
+//                     all: the three
 //     --timeout S     a run still going after S seconds is ended and reported as timed out
 //                     (default 0: no limit)
 //     --keep          keep the SQLite files (their folder is printed)
+//     --hash-memory MB
+//                     megabytes of hashes of the other side's records a walk keeps in memory, per
+//                     set, before it moves them to a temporary file (default: the library's, 4)
 // The PostgreSQL half runs when VARSENTIX_PG_ODBC holds the server's ODBC string without
 // Database (scripts/test-servers.sh exports it); it makes two databases per variant and drops them.
 //
@@ -97,6 +103,29 @@ uint64_t mix(uint64_t x) {  // splitmix64
 
 // A pseudo-random number per id and purpose.
 uint64_t draw(int64_t id, uint64_t purpose) { return mix(static_cast<uint64_t>(id) * 0x100000001B3ull ^ mix(purpose)); }
+
+// The shape of the table: see --variant.
+enum class Variant { Pk, Plain, Text };
+
+const char* tagOf(Variant variant) {
+  return variant == Variant::Pk ? "pk" : variant == Variant::Plain ? "plain" : "text";
+}
+
+const char* variantName(Variant variant) {
+  switch (variant) {
+    case Variant::Pk: return "id INTEGER PRIMARY KEY";
+    case Variant::Plain: return "no index nor key (id a plain INTEGER column)";
+    default: return "a text code first, no index nor key (code VARCHAR(20))";
+  }
+}
+
+// The first column's name, and the text code of an id.
+const char* keyColumn(Variant variant) { return variant == Variant::Text ? "code" : "id"; }
+std::string codeOf(int64_t id) {
+  char code[24];
+  std::snprintf(code, sizeof code, "C%07lld", static_cast<long long>(id));
+  return code;
+}
 
 struct Row {
   int64_t id = 0;
@@ -194,20 +223,24 @@ void sqliteCheck(int rc, sqlite3* db, const char* what) {
 
 // One transaction, one prepared insert. Without a key the rowid is still given as the id, as a
 // copy of the original changed in place would keep it.
-void writeSqlite(const std::string& file, const DataSet& data, bool master, bool primaryKey) {
+void writeSqlite(const std::string& file, const DataSet& data, bool master, Variant variant) {
   std::filesystem::remove(file);
   sqlite3* db = nullptr;
   sqliteCheck(sqlite3_open(file.c_str(), &db), db, "open");
-  const std::string create = primaryKey
-      ? "CREATE TABLE t (id INTEGER PRIMARY KEY, name VARCHAR(100), amount REAL, quantity INTEGER)"
-      : "CREATE TABLE t (id INTEGER, name VARCHAR(100), amount REAL, quantity INTEGER)";
+  const bool primaryKey = variant == Variant::Pk;
+  const std::string create =
+      primaryKey ? "CREATE TABLE t (id INTEGER PRIMARY KEY, name VARCHAR(100), amount REAL, quantity INTEGER)"
+      : variant == Variant::Plain ? "CREATE TABLE t (id INTEGER, name VARCHAR(100), amount REAL, quantity INTEGER)"
+                                  : "CREATE TABLE t (code VARCHAR(20), name VARCHAR(100), amount REAL, quantity INTEGER)";
   sqliteCheck(sqlite3_exec(db, ("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; " + create + "; BEGIN").c_str(),
                            nullptr, nullptr, nullptr),
               db, "create");
   sqlite3_stmt* insert = nullptr;
   sqliteCheck(sqlite3_prepare_v2(db,
                                  primaryKey ? "INSERT INTO t VALUES (?1, ?2, ?3, ?4)"
-                                            : "INSERT INTO t (rowid, id, name, amount, quantity) VALUES (?1, ?1, ?2, ?3, ?4)",
+                                 : variant == Variant::Plain
+                                     ? "INSERT INTO t (rowid, id, name, amount, quantity) VALUES (?1, ?1, ?2, ?3, ?4)"
+                                     : "INSERT INTO t (rowid, code, name, amount, quantity) VALUES (?1, ?5, ?2, ?3, ?4)",
                                  -1, &insert, nullptr),
               db, "prepare");
   data.forEach(master, [&](const Row& row) {
@@ -215,6 +248,8 @@ void writeSqlite(const std::string& file, const DataSet& data, bool master, bool
     sqlite3_bind_text(insert, 2, row.name.c_str(), static_cast<int>(row.name.size()), SQLITE_STATIC);
     sqlite3_bind_double(insert, 3, row.amount);
     sqlite3_bind_int64(insert, 4, row.quantity);
+    const std::string code = codeOf(row.id);
+    if (variant == Variant::Text) sqlite3_bind_text(insert, 5, code.c_str(), -1, SQLITE_TRANSIENT);
     sqliteCheck(sqlite3_step(insert), db, "insert");
     sqlite3_reset(insert);
   });
@@ -232,12 +267,14 @@ std::string literal(double value, bool fullPrecision) {
 }
 
 // Multi-row INSERT statements of 1,000 rows each.
-void writePostgres(const std::string& connectionString, const DataSet& data, bool master, bool primaryKey) {
+void writePostgres(const std::string& connectionString, const DataSet& data, bool master, Variant variant) {
   auto cn = vb::Ref<ado::Connection>::make();
   cn->Open(connectionString);
-  cn->Execute(primaryKey
+  cn->Execute(variant == Variant::Pk
                   ? "CREATE TABLE t (id INTEGER PRIMARY KEY, name VARCHAR(100), amount DOUBLE PRECISION, quantity INTEGER)"
-                  : "CREATE TABLE t (id INTEGER, name VARCHAR(100), amount DOUBLE PRECISION, quantity INTEGER)");
+              : variant == Variant::Plain
+                  ? "CREATE TABLE t (id INTEGER, name VARCHAR(100), amount DOUBLE PRECISION, quantity INTEGER)"
+                  : "CREATE TABLE t (code VARCHAR(20), name VARCHAR(100), amount DOUBLE PRECISION, quantity INTEGER)");
   std::string sql;
   int batched = 0;
   auto flush = [&] {
@@ -248,7 +285,7 @@ void writePostgres(const std::string& connectionString, const DataSet& data, boo
   };
   data.forEach(master, [&](const Row& row) {
     sql += batched == 0 ? "INSERT INTO t VALUES " : ",";
-    sql += "(" + std::to_string(row.id) + ",'" + row.name + "'," + literal(row.amount, data.fullPrecision()) + "," +
+    sql += "(" + (variant == Variant::Text ? "'" + codeOf(row.id) + "'" : std::to_string(row.id)) + ",'" + row.name + "'," + literal(row.amount, data.fullPrecision()) + "," +
            std::to_string(row.quantity) + ")";
     if (++batched == 1000) flush();
   });
@@ -267,7 +304,7 @@ struct Report {
   int32_t records[2] = {0, 0};     // records among the data-value rows
   long streamedRows = 0;
   // How the comparison's walks went (counts of engine::RecordMatcher::threadTotals()).
-  long merged = 0, keptOnly = 0, unsorted = 0, askedEngine = 0, ownReadAhead = 0;
+  long merged = 0, keptOnly = 0, unsorted = 0, askedEngine = 0, ownReadAhead = 0, hashesInFiles = 0;
   char error[240] = {};
 };
 
@@ -373,18 +410,18 @@ vb::Ref<clsDBManager> preparedSide(const std::string& connectionString) {
   return side;
 }
 
-void countResults(const clsDBManager& side, int which, Report& report) {
+void countResults(const clsDBManager& side, int which, const char* firstField, Report& report) {
   const auto results = side.getResults();
   report.resultRows[which] = results->Count();
-  // Each record is one data-value row per field; its first field ("id") counts the records.
+  // Each record is one data-value row per field; its first field counts the records.
   int32_t records = 0;
   for (const auto& row : *results)
-    if (row->getIsDataValue() && row->getFieldName() == "id") ++records;
+    if (row->getIsDataValue() && row->getFieldName() == firstField) ++records;
   report.records[which] = records;
 }
 
 // The comparison as a user runs it: two managers prepared, then the control's call.
-void compareRecords(const std::string& master, const std::string& source, Report& report) {
+void compareRecords(const std::string& master, const std::string& source, Variant variant, Report& report) {
   auto m = preparedSide(master);
   auto s = preparedSide(source);
   Varsenti control;
@@ -398,8 +435,9 @@ void compareRecords(const std::string& master, const std::string& source, Report
   report.unsorted = static_cast<long>(walks.unsorted);
   report.askedEngine = static_cast<long>(walks.askedEngine);
   report.ownReadAhead = static_cast<long>(walks.ownReadAhead);
-  countResults(*m, 0, report);
-  countResults(*s, 1, report);
+  report.hashesInFiles = static_cast<long>(walks.hashesInFiles);
+  countResults(*m, 0, keyColumn(variant), report);
+  countResults(*s, 1, keyColumn(variant), report);
 }
 
 // Both tables once through the record-set layer, every field's Value read on every row.
@@ -478,9 +516,10 @@ void printOurs(const Series& ours, const DataSet& data, int runs) {
               "changed)\n",
               ours.last.records[0], data.masterOnly(), ours.last.records[1], data.sourceOnly());
   std::printf("    walks: %ld records merged, %ld walk(s) through kept records alone, %ld statement(s) read unsorted"
-              ", %ld walk(s) reading their own records ahead, %ld match queries\n",
+              ", %ld walk(s) reading their own records ahead, %ld match queries, %ld walk(s) keeping hashes in a "
+              "file\n",
               ours.last.merged, ours.last.keptOnly, ours.last.unsorted, ours.last.ownReadAhead,
-              ours.last.askedEngine);
+              ours.last.askedEngine, ours.last.hashesInFiles);
 }
 
 // The statements sqldiff writes, counted by kind, from one untimed run.
@@ -507,14 +546,14 @@ struct Options {
   int runs = 5;
   bool fullPrecision = false;
   bool sqlite = true, postgres = true;
-  bool pk = true, plain = true;
+  bool pk = true, plain = true, text = false;
+  bool wants(Variant variant) const {
+    return variant == Variant::Pk ? pk : variant == Variant::Plain ? plain : text;
+  }
   int timeout = 0;
   bool keep = false;
+  long hashMegabytes = 0;  // 0: the library's own limit
 };
-
-const char* variantName(bool primaryKey) {
-  return primaryKey ? "id INTEGER PRIMARY KEY" : "no index nor key (id a plain INTEGER column)";
-}
 
 void sqliteHalf(const Options& options, const DataSet& data, const std::string& dir) {
   const bool haveSqldiff = access(kSqldiff, X_OK) == 0;
@@ -522,19 +561,19 @@ void sqliteHalf(const Options& options, const DataSet& data, const std::string& 
     std::printf("%s not found: install the Debian package sqlite3-tools (apt-get install sqlite3-tools) to compare "
                 "with it; only our comparison is measured\n",
                 kSqldiff);
-  for (bool primaryKey : {true, false}) {
-    if (!(primaryKey ? options.pk : options.plain)) continue;
-    const std::string tag = primaryKey ? "pk" : "plain";
+  for (Variant variant : {Variant::Pk, Variant::Plain, Variant::Text}) {
+    if (!options.wants(variant)) continue;
+    const std::string tag = tagOf(variant);
     const std::string master = dir + "/" + tag + "_master.db", source = dir + "/" + tag + "_source.db";
     Measured made = inChild([&](Report&) {
-      writeSqlite(master, data, true, primaryKey);
-      writeSqlite(source, data, false, primaryKey);
+      writeSqlite(master, data, true, variant);
+      writeSqlite(source, data, false, variant);
     }, 0);
     if (!made.report.ok) {
-      std::printf("SQLite, %s: could not make the files: %s\n", variantName(primaryKey), made.report.error);
+      std::printf("SQLite, %s: could not make the files: %s\n", variantName(variant), made.report.error);
       continue;
     }
-    std::printf("\nSQLite, %s: files of %.1f MB and %.1f MB made in %.2f s\n", variantName(primaryKey),
+    std::printf("\nSQLite, %s: files of %.1f MB and %.1f MB made in %.2f s\n", variantName(variant),
                 std::filesystem::file_size(master) / 1048576.0, std::filesystem::file_size(source) / 1048576.0,
                 made.wall);
     if (haveSqldiff) std::printf("  %s\n", sqldiffSummary(master, source, dir).c_str());
@@ -549,7 +588,8 @@ void sqliteHalf(const Options& options, const DataSet& data, const std::string& 
           sqldiff.add(m);
         } else {
           Measured m = inChild([&](Report& r) {
-            compareRecords("Provider=SQLite;Data Source=" + master, "Provider=SQLite;Data Source=" + source, r);
+            compareRecords("Provider=SQLite;Data Source=" + master, "Provider=SQLite;Data Source=" + source, variant,
+                           r);
           }, options.timeout);
           printRun("ours", m);
           ours.add(m);
@@ -593,21 +633,21 @@ void postgresHalf(const Options& options, const DataSet& data) {
       cn->Close();
     }, 0);
   };
-  for (bool primaryKey : {true, false}) {
-    if (!(primaryKey ? options.pk : options.plain)) continue;
-    const std::string tag = primaryKey ? "pk" : "plain";
+  for (Variant variant : {Variant::Pk, Variant::Plain, Variant::Text}) {
+    if (!options.wants(variant)) continue;
+    const std::string tag = tagOf(variant);
     const std::string masterDb = prefix + tag + "_master", sourceDb = prefix + tag + "_source";
     const std::string master = connectionOf(masterDb), source = connectionOf(sourceDb);
     Measured made = onServer({"CREATE DATABASE " + masterDb + " ENCODING 'UTF8' TEMPLATE template0",
                               "CREATE DATABASE " + sourceDb + " ENCODING 'UTF8' TEMPLATE template0"});
     if (made.report.ok) made = inChild([&](Report&) {
-      writePostgres(master, data, true, primaryKey);
-      writePostgres(source, data, false, primaryKey);
+      writePostgres(master, data, true, variant);
+      writePostgres(source, data, false, variant);
     }, 0);
     if (!made.report.ok) {
-      std::printf("\nPostgreSQL, %s: could not make the databases: %s\n", variantName(primaryKey), made.report.error);
+      std::printf("\nPostgreSQL, %s: could not make the databases: %s\n", variantName(variant), made.report.error);
     } else {
-      std::printf("\nPostgreSQL over ODBC, %s: databases %s and %s loaded in %.2f s\n", variantName(primaryKey),
+      std::printf("\nPostgreSQL over ODBC, %s: databases %s and %s loaded in %.2f s\n", variantName(variant),
                   masterDb.c_str(), sourceDb.c_str(), made.wall);
       Series stream, ours;
       for (int run = 0; run < options.runs; ++run) {
@@ -618,7 +658,7 @@ void postgresHalf(const Options& options, const DataSet& data) {
             printRun("streaming", m);
             stream.add(m);
           } else {
-            Measured m = inChild([&](Report& r) { compareRecords(master, source, r); }, options.timeout);
+            Measured m = inChild([&](Report& r) { compareRecords(master, source, variant, r); }, options.timeout);
             printRun("ours", m);
             ours.add(m);
           }
@@ -642,8 +682,8 @@ void postgresHalf(const Options& options, const DataSet& data) {
 
 void usage() {
   std::fprintf(stderr,
-               "usage: record_compare [--rows N] [--runs R] [--full-precision-reals] [--variant pk|plain|both]\n"
-               "                      [--sqlite-only | --pg-only] [--timeout S] [--keep]\n");
+               "usage: record_compare [--rows N] [--runs R] [--full-precision-reals] [--variant pk|plain|text|both|all]\n"
+               "                      [--sqlite-only | --pg-only] [--timeout S] [--keep] [--hash-memory MB]\n");
   std::exit(2);
 }
 
@@ -664,15 +704,19 @@ int main(int argc, char** argv) {
     else if (option == "--sqlite-only") options.postgres = false;
     else if (option == "--pg-only") options.sqlite = false;
     else if (option == "--keep") options.keep = true;
+    else if (option == "--hash-memory") options.hashMegabytes = std::atol(value().c_str());
     else if (option == "--variant") {
       const std::string v = value();
-      if (v == "pk") options.plain = false;
-      else if (v == "plain") options.pk = false;
-      else if (v != "both") usage();
+      options.pk = v == "pk" || v == "both" || v == "all";
+      options.plain = v == "plain" || v == "both" || v == "all";
+      options.text = v == "text" || v == "all";
+      if (!options.pk && !options.plain && !options.text) usage();
     } else usage();
   }
   if (options.rows < 1 || options.runs < 1 || (!options.sqlite && !options.postgres)) usage();
 
+  // Set here, before the first child: every child is forked from this thread.
+  if (options.hashMegabytes > 0) engine::setHashBytesKeptInMemory(static_cast<size_t>(options.hashMegabytes) << 20);
   const DataSet data(options.rows, options.fullPrecision);
   std::printf("record_compare: %s rows; the copy has %s deleted, %s changed in one column, %s new; "
               "reals %s; %d runs each\n",
