@@ -102,7 +102,10 @@ class RecordLookup {
   // unreadMatches: the walk raises no events and may go through only the records of A that the
   // walk the other way kept (see RecordMatcher::replayOtherWay); then call completeUnread once
   // A's records are all compared.
-  void prepare(int64_t mostRecords = -1, const std::string& orderedBy = "", bool unreadMatches = false) {
+  // mayCheckOrder: the walk can be made again when text keys turn out not to come in byte order
+  // (see orderBroken).
+  void prepare(int64_t mostRecords = -1, const std::string& orderedBy = "", bool unreadMatches = false,
+               bool mayCheckOrder = false) {
     if (mostRecords >= 0 && mostRecords <= kFewRecords) return;
     auto records = A_.getDatabaseRecords();
     if (records->State() != ado::adStateOpen) return;
@@ -113,7 +116,7 @@ class RecordLookup {
       if (!keptPlaces_.empty()) return;
       matcher_.reset();
     }
-    if (!records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_);
+    if (!records->isEOF()) matcher_ = RecordMatcher::prepare(A_, B_, orderedBy, otherWay_, false, mayCheckOrder);
     if (unreadMatches && matcher_) readOwnRecordsAhead(*records);
   }
   void compare(int16_t columnCount) {
@@ -151,6 +154,10 @@ class RecordLookup {
   void completeOtherWay() noexcept {
     if (matcher_) matcher_->completeOtherWay();
   }
+  // Whether the text keys the walk steps through, trusted to come in byte order on both sides,
+  // did not (so far; toEnd: to B's last record, read now): the walk is then to be made again
+  // without.
+  bool orderBroken(bool toEnd = false) noexcept { return matcher_ && !matcher_->orderHeld(toEnd); }
   // Call when the walk ends, normally or not.
   void finish() noexcept {
     if (matcher_) matcher_->stopReading();  // before the walk closes B's statement
@@ -387,7 +394,8 @@ Unsorted sortingSides(clsDBManager& A, clsDBManager& B, const std::string& order
   try {
     auto sorts = [&](clsDBManager& side) {
       auto connection = side.getDatabaseConnection();
-      return connection && connection->State() == ado::adStateOpen && !connection->ComparesTextByBytes(table, orderedBy) &&
+      return connection && connection->State() == ado::adStateOpen &&
+             connection->TextComparedByBytes(table, orderedBy) == ado::TextBytes::Unknown &&
              connection->SortsForOrder(ordered);
     };
     sides.own = allowed.own && sorts(A);
@@ -499,7 +507,7 @@ Unsorted brokenSides(clsDBManager& A, clsDBManager& B, Unsorted watched, bool fi
 // UnsortedOpens); the walk ends early, false, with broken naming those whose records did not
 // come in it, and is to be walked again from what it changed (WalkSnapshot) with them sorted.
 bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay,
-                      Unsorted mayReadUnsorted, Unsorted& broken) {
+                      Unsorted mayReadUnsorted, Unsorted& broken, bool mayCheckOrder, bool& orderBroken) {
   std::string query;
   std::string orderBy;
   Unsorted watched;
@@ -541,7 +549,7 @@ bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay*
     }
     auto records = A.getDatabaseRecords();
     if (records->State() == ado::adStateOpen) {
-      lookup.prepare(-1, orderBy, true);
+      lookup.prepare(-1, orderBy, true, mayCheckOrder);
       int16_t columnCount = 0;
       if (!records->isBOF()) columnCount = ModADO::getRecordSetFieldCount(A);
       uint32_t step = 0;
@@ -552,9 +560,17 @@ bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay*
           const Unsorted sides = brokenSides(A, B, watched, false);
           if (sides.any()) return abandon(sides);
         }
+        if (lookup.orderBroken()) {
+          orderBroken = true;
+          return abandon({});
+        }
       }
       lookup.completeUnread(columnCount);
       lookup.completeOtherWay();
+      if (lookup.orderBroken(true)) {
+        orderBroken = true;
+        return abandon({});
+      }
       if (watched.any()) {
         const Unsorted sides = brokenSides(A, B, watched, true);
         if (sides.any()) return abandon(sides);
@@ -572,6 +588,10 @@ bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay*
       const Unsorted sides = brokenSides(A, B, watched, false);
       if (sides.any()) return abandon(sides);
     }
+    if (lookup.orderBroken()) {
+      orderBroken = true;
+      return abandon({});
+    }
     lookup.finish();
     appendSqlMessage(A, " #16 SQL used " + query + "Last field name used " + orderBy + " ||");
   }
@@ -580,18 +600,18 @@ bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay*
 
 void compareTableRecordsWith(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay* otherWay) {
   Unsorted mayReadUnsorted{true, true};
+  bool mayCheckOrder = true;
   for (;;) {
-    if (!mayReadUnsorted.any()) {
-      Unsorted broken;
-      walkTableRecords(A, B, otherWay, mayReadUnsorted, broken);
-      return;
-    }
     const WalkSnapshot before(A, B, otherWay);
     Unsorted broken;
-    if (walkTableRecords(A, B, otherWay, mayReadUnsorted, broken)) return;
+    bool orderBroken = false;
+    if (walkTableRecords(A, B, otherWay, mayReadUnsorted, broken, mayCheckOrder, orderBroken)) return;
+    // Made again: with the sides whose records did not rise sorted, or without trusting text keys
+    // to come in byte order. Each can happen once.
     before.restore(A, B, otherWay);
     if (broken.own) mayReadUnsorted.own = false;
     if (broken.other) mayReadUnsorted.other = false;
+    if (orderBroken) mayCheckOrder = false;
   }
 }
 

@@ -217,12 +217,13 @@ void setLiteralRecordMatching(bool literal) { literalMatching = literal; }
 
 std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBManager& B,
                                                      const std::string& orderedBy, OtherWay* otherWay,
-                                                     bool keptOnly) {
+                                                     bool keptOnly, bool mayCheckOrder) {
   if (literalMatching) return nullptr;
   try {
     std::unique_ptr<RecordMatcher> matcher(new RecordMatcher());
     matcher->otherConnection_ = B.getDatabaseConnection();
     matcher->literalReader_ = matcher->otherConnection_;
+    matcher->mayCheckOrder_ = mayCheckOrder;
     if (matcher->otherConnection_->State() != ado::adStateOpen) return nullptr;
     matcher->engine_ = matcher->otherConnection_->Engine();
     if (matcher->engine_ == ado::EngineFamily::Other) return nullptr;
@@ -289,7 +290,8 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
       // The second walk's B is the first one's A: text keys must be in byte order there too.
       if (otherWay && !otherWay->complete && own && own->State() == ado::adStateOpen &&
           own->Engine() == matcher->engine_ &&
-          (!matcher->textKeys_ || own->ComparesTextByBytes(table, matcher->columns_[0].name))) {
+          (!matcher->textKeys_ ||
+           own->TextComparedByBytes(table, matcher->columns_[0].name) != ado::TextBytes::Unknown)) {
         *otherWay = OtherWay();
         otherWay->ownConnection = &*own;
         otherWay->otherConnection = &*matcher->otherConnection_;
@@ -400,10 +402,16 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado
   // A text column orders the same way on both sides where B's engine orders and compares its
   // texts by their bytes: then B's records come in byte order, those equal to A's key are those
   // with its very bytes, and A's records are checked to come in that order as they are read.
+  // Where B's engine compares them by their bytes but its order is not known (a collation of the
+  // server's locale), the walk may trust B's records to come in byte order too, checking them as
+  // they are read, to the last: if they do not, the walk is made again without (orderHeld).
   // Only a walk ordered by the column is tried: a table read as stored is seldom in text order.
   const Column& key = columns_[0];
-  textKeys_ = key.kind == Kind::Text && !orderedBy.empty() &&
-              otherConnection_->ComparesTextByBytes(table_, key.name);
+  const ado::TextBytes bytes = key.kind == Kind::Text && !orderedBy.empty()
+                                   ? otherConnection_->TextComparedByBytes(table_, key.name)
+                                   : ado::TextBytes::Unknown;
+  textKeys_ = bytes == ado::TextBytes::EqualityAndOrder || (bytes == ado::TextBytes::Equality && mayCheckOrder_);
+  orderChecked_ = textKeys_ && bytes == ado::TextBytes::Equality;
   if (key.kind != Kind::Integer && !textKeys_) return false;
   if (!orderedBy.empty() && vb::LCase(orderedBy) != vb::LCase(key.name)) return false;
   // MariaDB's connector streams a result over the connection itself: a match query sent while
@@ -480,8 +488,17 @@ bool RecordMatcher::keyingOtherSide(const std::function<bool()>& body) {
 }
 
 void RecordMatcher::leaveMerge() {
+  // Trusted to come in byte order, the keys may have come otherwise: what was decided stands
+  // only if they did.
+  if (orderChecked_) orderFailed_ = true;
   stopCollecting();
   group_.clear();
+  if (orderFailed_) {
+    // The walk is made again: B's table need not be read for the hashes.
+    otherRows_.reset();
+    askAlways_ = true;
+    return;
+  }
   otherRows_.reset();  // the thread reading ahead is done with B's connection
   try {
     if (mergeRows_ && mergeRows_.shared() != otherWalk_.shared()) mergeRows_->Close();  // the walk closes its own
@@ -531,7 +548,7 @@ bool RecordMatcher::readOtherKey(const ReadAhead::Row& row) {
     return false;
   haveOtherKey_ = true;
   otherKey_ = otherKey;
-  otherText_.swap(keyText_);
+  if (textKeys_) otherText_.swap(keyText_);
   return true;
 }
 
@@ -650,7 +667,7 @@ RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
   }
   haveKey_ = true;
   walkKey_ = key;
-  if (newKey) walkText_.swap(ownText_);
+  if (newKey && textKeys_) walkText_.swap(ownText_);
   const Decision decision = decideAgainstGroup(covered);
   if (collecting_) {
     if (decision == Decision::Match) markOtherWayMatches();
@@ -770,6 +787,7 @@ void RecordMatcher::completeOtherWay() noexcept {
     if (haveKey_) closeOtherWayGroup();
     if (!collecting_) return;
     if (!readRestOfOtherSide()) {
+      if (orderChecked_) orderFailed_ = true;
       stopCollecting();
       return;
     }
@@ -783,6 +801,25 @@ void RecordMatcher::completeOtherWay() noexcept {
   } catch (...) {
     stopCollecting();
   }
+}
+
+bool RecordMatcher::orderHeld(bool toEnd) noexcept {
+  if (!orderChecked_ || orderFailed_) return !orderFailed_;
+  if (!toEnd || !otherRows_) return true;
+  try {
+    // keyingOtherSide is not needed: only the keys are read.
+    while (ReadAhead::Row* row = otherRows_->current()) {
+      if (!readOtherKey(*row)) {
+        orderFailed_ = true;
+        break;
+      }
+      otherRows_->next();
+      ++otherRead_;
+    }
+  } catch (...) {
+    orderFailed_ = true;
+  }
+  return !orderFailed_;
 }
 
 void RecordMatcher::finishKeeping() {
@@ -889,7 +926,7 @@ RecordMatcher::Decision RecordMatcher::decideOtherWay(ado::Recordset& records) {
   }
   haveKey_ = true;
   walkKey_ = key;
-  walkText_.swap(ownText_);
+  if (textKeys_) walkText_.swap(ownText_);
   const auto& uncertain = way.uncertainKeys;
   auto order = [&](size_t at) {
     return compareKeys(uncertain[at].key, uncertain[at].text, walkKey_, walkText_);

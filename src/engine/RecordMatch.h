@@ -76,9 +76,13 @@ class RecordMatcher {
   // keptOnly: only a matcher that decides from what the walk the other way kept (nullptr
   // otherwise, nothing of either side read).
   struct OtherWay;
+  // mayCheckOrder: text keys whose engine's order is not known to be byte order may be stepped
+  // through all the same, checked as they are read (see orderHeld); the walk is then to be made
+  // again, without, when they turn out not to be.
   static std::unique_ptr<RecordMatcher> prepare(clsDBManager& A, clsDBManager& B,
                                                 const std::string& orderedBy = "",
-                                                OtherWay* otherWay = nullptr, bool keptOnly = false);
+                                                OtherWay* otherWay = nullptr, bool keptOnly = false,
+                                                bool mayCheckOrder = false);
   // Whether the walk of A against B opening query may go through the records the walk the other
   // way kept (see replayOtherWay): the statement it opens on either side need not be read.
   static bool mayGoThroughKept(const OtherWay* otherWay, clsDBManager& A, clsDBManager& B,
@@ -110,6 +114,11 @@ class RecordMatcher {
   // Call when the walk has compared every record of A without failing: the rest of B's records
   // are read, and the other way's decisions become ready for the walk of B against A.
   void completeOtherWay() noexcept;
+  // False when text keys stepped through on trust (mayCheckOrder) did not come in byte order, on
+  // either side, or left the step-through for another reason: then the decisions made so far
+  // may be wrong (a record of B with A's key may come later), and the walk is to be made again.
+  // toEnd: after the walk, B's records not read yet are read and checked too.
+  bool orderHeld(bool toEnd = false) noexcept;
 
   // The walk of B against A right after A against B, when the first walk read B's records from
   // the very statement this walk runs on B (its own, records, on its first record) and kept
@@ -281,6 +290,9 @@ class RecordMatcher {
   // are the texts beside these, and A's record's key and B's are read into scratch texts.
   bool textKeys_ = false;
   std::string walkText_, otherText_, ownText_, keyText_;
+  bool mayCheckOrder_ = false;  // (see prepare)
+  bool orderChecked_ = false;   // text keys stepped through on trust of their order
+  bool orderFailed_ = false;    // ... which did not hold
   // B's records with the walk's key: their strict keys and their values (for the loose keys,
   // made only when A's record finds no strict match). Slots are reused: group_ holds groupSize_.
   struct GroupRecord {

@@ -753,6 +753,53 @@ TEST_P(RecordsetOnEngine, ADoublesShortestTextIsReadBackAsTheEngineReadsIt) {
   }
 }
 
+TEST_P(RecordsetOnEngine, WhetherTextsAreComparedByTheirBytesIsToldPerColumn) {
+  auto db = freshDatabase(engine());
+  const bool postgres = engine() == Engine::PostgreSQL;
+  db->exec(postgres ? "CREATE TABLE \"Codes\" (v VARCHAR(20), t TEXT, c TEXT COLLATE \"C\", p CHAR(5), n INTEGER)"
+                    : "CREATE TABLE Codes (v VARCHAR(20), t TEXT, c TEXT, p CHAR(5), n INTEGER)");
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open(db->connectionString());
+  switch (engine()) {
+    case Engine::SQLite:
+      EXPECT_EQ(cn->TextComparedByBytes("Codes", "v"), TextBytes::EqualityAndOrder);
+      EXPECT_EQ(cn->TextComparedByBytes("Codes", "p"), TextBytes::EqualityAndOrder);
+      break;
+    case Engine::PostgreSQL:
+      // = compares the bytes under every deterministic collation; only C and POSIX order by them.
+      EXPECT_EQ(cn->TextComparedByBytes("Codes", "c"), TextBytes::EqualityAndOrder);
+      EXPECT_NE(cn->TextComparedByBytes("Codes", "v"), TextBytes::Unknown);
+      EXPECT_NE(cn->TextComparedByBytes("Codes", "t"), TextBytes::Unknown);
+      // char(n) pads and trims; a quoted name is the name in that letter case.
+      EXPECT_EQ(cn->TextComparedByBytes("Codes", "p"), TextBytes::Unknown);
+      EXPECT_EQ(cn->TextComparedByBytes("codes", "v"), TextBytes::Unknown);
+      EXPECT_EQ(cn->TextComparedByBytes("Codes", "V"), TextBytes::Unknown);
+      break;
+    default:
+      // Not known through this driver: MariaDB's collations fold case and trailing blanks.
+      EXPECT_EQ(cn->TextComparedByBytes("Codes", "v"), TextBytes::Unknown);
+      EXPECT_EQ(cn->TextComparedByBytes("Codes", "c"), TextBytes::Unknown);
+      break;
+  }
+  EXPECT_EQ(cn->TextComparedByBytes("Codes", "n"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("Codes", "gone"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("gone", "v"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("it's \"odd\"", "v'--"), TextBytes::Unknown);
+  if (postgres) {
+    // A collation that is not deterministic: = may find texts whose bytes differ.
+    bool icu = true;
+    try {
+      db->exec("CREATE COLLATION nocase (provider = icu, locale = 'und-u-ks-level2', deterministic = false)");
+    } catch (...) {
+      icu = false;  // a server built without ICU
+    }
+    if (icu) {
+      db->exec("CREATE TABLE folded (v VARCHAR(20) COLLATE nocase)");
+      EXPECT_EQ(cn->TextComparedByBytes("folded", "v"), TextBytes::Unknown);
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, RecordsetOnEngine, ::testing::ValuesIn(adoEngines()),
                          EngineParamName());
 

@@ -433,29 +433,29 @@ TEST(SqliteProvider, TextColumnsUnderBinaryCollationCompareByTheirBytes) {
   auto cn = tableWithoutIndex(dir, "",
                               "CREATE TABLE t (a TEXT, b VARCHAR(20), c NVARCHAR(9) COLLATE NOCASE, d TEXT COLLATE RTRIM, "
                               "e CLOB, f STRING, g INTEGER, h, i CHARINT, j TEXT COLLATE binary);");
-  EXPECT_TRUE(cn->ComparesTextByBytes("t", "a"));
-  EXPECT_TRUE(cn->ComparesTextByBytes("t", "b"));
-  EXPECT_TRUE(cn->ComparesTextByBytes("T", "B"));  // names as SQLite finds them, without case
-  EXPECT_TRUE(cn->ComparesTextByBytes("t", "e"));
-  EXPECT_TRUE(cn->ComparesTextByBytes("t", "j"));
-  EXPECT_TRUE(cn->ComparesTextByBytes("k", "v"));
+  EXPECT_EQ(cn->TextComparedByBytes("t", "a"), TextBytes::EqualityAndOrder);
+  EXPECT_EQ(cn->TextComparedByBytes("t", "b"), TextBytes::EqualityAndOrder);
+  EXPECT_EQ(cn->TextComparedByBytes("T", "B"), TextBytes::EqualityAndOrder);  // names as SQLite finds them, without case
+  EXPECT_EQ(cn->TextComparedByBytes("t", "e"), TextBytes::EqualityAndOrder);
+  EXPECT_EQ(cn->TextComparedByBytes("t", "j"), TextBytes::EqualityAndOrder);
+  EXPECT_EQ(cn->TextComparedByBytes("k", "v"), TextBytes::EqualityAndOrder);
   // Other collations fold case or trailing blanks.
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "c"));
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "d"));
+  EXPECT_EQ(cn->TextComparedByBytes("t", "c"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("t", "d"), TextBytes::Unknown);
   // Other affinities read a literal that looks like a number as one.
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "f"));
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "g"));
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "h"));
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "i"));
+  EXPECT_EQ(cn->TextComparedByBytes("t", "f"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("t", "g"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("t", "h"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("t", "i"), TextBytes::Unknown);
   // A question, not an error.
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "gone"));
-  EXPECT_FALSE(cn->ComparesTextByBytes("gone", "a"));
-  EXPECT_FALSE(cn->ComparesTextByBytes("t'; drop table t; --", "a"));
+  EXPECT_EQ(cn->TextComparedByBytes("t", "gone"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("gone", "a"), TextBytes::Unknown);
+  EXPECT_EQ(cn->TextComparedByBytes("t'; drop table t; --", "a"), TextBytes::Unknown);
   // A temporary table hides the file's table of the same name, as it does from a statement.
   cn->Execute("CREATE TEMP TABLE t (a TEXT COLLATE NOCASE)");
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "a"));
+  EXPECT_EQ(cn->TextComparedByBytes("t", "a"), TextBytes::Unknown);
   cn->Close();
-  EXPECT_FALSE(cn->ComparesTextByBytes("k", "v"));
+  EXPECT_EQ(cn->TextComparedByBytes("k", "v"), TextBytes::Unknown);
 }
 
 TEST(SqliteProvider, AUtf16DatabaseDoesNotCompareTextsByTheirUtf8Bytes) {
@@ -468,7 +468,7 @@ TEST(SqliteProvider, AUtf16DatabaseDoesNotCompareTextsByTheirUtf8Bytes) {
   sqlite3_close(db);
   auto cn = vb::Ref<Connection>::make();
   cn->Open("Provider=SQLite;Data Source=" + path);
-  EXPECT_FALSE(cn->ComparesTextByBytes("t", "a"));
+  EXPECT_EQ(cn->TextComparedByBytes("t", "a"), TextBytes::Unknown);
 }
 
 TEST(SqliteProvider, ARecordSetReadingAnotherStatementWatchesItsKeyRise) {

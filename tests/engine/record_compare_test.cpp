@@ -513,6 +513,58 @@ TEST(RecordCompareSqlite, AMasterOrderedOtherwiseThanByBytesLeavesTheStepThrough
   EXPECT_EQ(fast, orderedWalks(*m, *s, "codes", "code", true));
 }
 
+TEST(RecordComparePostgres, TextKeysTrustedToComeInByteOrderAreSteppedThroughAndCheckedToTheEnd) {
+  VARSENTIX_TEST_DATABASE(m, Engine::PostgreSQL);
+  VARSENTIX_TEST_DATABASE(s, Engine::PostgreSQL);
+  // The cluster's own collation (C.UTF-8) sorts these codes by their bytes, as the walk trusts.
+  fillCodes(*m, *s, "");
+  for (bool bothWays : {false, true}) {
+    const auto before = engine::RecordMatcher::threadTotals();
+    const auto fast = orderedWalks(*m, *s, "codes", "code", false, bothWays);
+    const auto after = engine::RecordMatcher::threadTotals();
+    // All but '50%' beside '50% off', each way: like tells letter case apart here.
+    EXPECT_EQ(after.merged - before.merged + after.otherWay - before.otherWay, 21) << bothWays;
+    EXPECT_EQ(after.askedEngine - before.askedEngine, 2) << bothWays;
+    EXPECT_EQ(after.walkedAgain - before.walkedAgain, 0) << bothWays;
+    EXPECT_EQ(fast, orderedWalks(*m, *s, "codes", "code", true, bothWays)) << bothWays;
+  }
+}
+
+TEST(RecordComparePostgres, TextKeysThatTurnOutNotInByteOrderHaveTheWalkMadeAgainAlike) {
+  VARSENTIX_TEST_DATABASE(m, Engine::PostgreSQL);
+  VARSENTIX_TEST_DATABASE(s, Engine::PostgreSQL);
+  // ICU's root collation puts 'a' before 'B' and 'z' before 'é' as bytes do not: the walk that
+  // trusted the keys to come in byte order finds they did not and is made again without.
+  fillCodes(*m, *s, " COLLATE \"und-x-icu\"");
+  for (bool bothWays : {false, true}) {
+    const auto before = engine::RecordMatcher::threadTotals();
+    const auto fast = orderedWalks(*m, *s, "codes", "code", false, bothWays);
+    const auto after = engine::RecordMatcher::threadTotals();
+    EXPECT_EQ(after.walkedAgain - before.walkedAgain, 2) << bothWays;
+    EXPECT_EQ(after.merged - before.merged, 0) << bothWays;
+    EXPECT_EQ(fast, orderedWalks(*m, *s, "codes", "code", true, bothWays)) << bothWays;
+  }
+}
+
+TEST(RecordComparePostgres, ASourceKeyOutOfByteOrderAfterTheMastersLastHasTheWalkMadeAgainAlike) {
+  VARSENTIX_TEST_DATABASE(m, Engine::PostgreSQL);
+  VARSENTIX_TEST_DATABASE(s, Engine::PostgreSQL);
+  // The master's keys and the source's first ones rise by bytes under ICU too; only past the
+  // master's last key does the source hold one ICU puts after 'm' and bytes before it ('N'):
+  // the walk of the master has decided all its records before it meets 'N', yet must read the
+  // source to its end to know its decisions stand, and is made again.
+  for (auto* db : {m.get(), s.get()})
+    db->exec("CREATE TABLE codes (code VARCHAR(20) COLLATE \"und-x-icu\", qty INTEGER)");
+  m->exec("INSERT INTO codes VALUES ('b', 1), ('c', 2), ('d', 3)");
+  s->exec("INSERT INTO codes VALUES ('b', 1), ('c', 2), ('m', 5), ('N', 6)");
+  const auto before = engine::RecordMatcher::threadTotals();
+  const auto fast = orderedWalks(*m, *s, "codes", "code", false);
+  const auto after = engine::RecordMatcher::threadTotals();
+  // That walk, and the source's, whose own keys break the byte order at 'N'.
+  EXPECT_EQ(after.walkedAgain - before.walkedAgain, 2);
+  EXPECT_EQ(fast, orderedWalks(*m, *s, "codes", "code", true));
+}
+
 namespace {
 
 // Stock tables without an index, their records stored in the order of their integer key (as a

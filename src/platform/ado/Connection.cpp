@@ -86,12 +86,12 @@ bool Connection::SortsForOrder(const std::string& sql) {
   }
 }
 
-bool Connection::ComparesTextByBytes(const std::string& table, const std::string& column) {
-  if (!session_) return false;
+TextBytes Connection::TextComparedByBytes(const std::string& table, const std::string& column) {
+  if (!session_) return TextBytes::Unknown;
   try {
-    return session_->comparesTextByBytes(table, column);
+    return session_->textComparedByBytes(table, column);
   } catch (...) {
-    return false;  // a question, as above
+    return TextBytes::Unknown;  // a question, as above
   }
 }
 

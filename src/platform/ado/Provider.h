@@ -112,9 +112,11 @@ class ProviderSession {
   // Whether the engine sorts the rows of sql, a query with an order, to give them in it (no
   // index gives the order). False when it does not or the provider cannot tell.
   virtual bool sortsForOrder(const std::string& /*sql*/) { return false; }
-  // Whether the engine both orders and compares (=) the texts of table's column by their UTF-8
-  // bytes, as memcmp does. False when it does not or the provider cannot tell.
-  virtual bool comparesTextByBytes(const std::string& /*table*/, const std::string& /*column*/) { return false; }
+  // How far the engine compares the texts of table's column by their UTF-8 bytes (see
+  // Connection::TextComparedByBytes).
+  virtual TextBytes textComparedByBytes(const std::string& /*table*/, const std::string& /*column*/) {
+    return TextBytes::Unknown;
+  }
 };
 
 // Opens a session for the parsed connection string, chosen by its Provider key

@@ -52,11 +52,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // Whether the engine sorts the rows of sql, a query with an order, to give them in it; false
   // when it does not, when the provider cannot tell, and when the statement fails.
   bool SortsForOrder(const std::string& sql);
-  // Whether the engine orders the texts of table's column, and compares them with =, by their
-  // UTF-8 bytes alone (no case folding, no trimming, no locale): then two texts are equal to it
-  // exactly when their bytes are, and it sorts them as memcmp does. False when it does not, when
-  // the provider cannot tell (every provider but SQLite's own), and when the column is not found.
-  bool ComparesTextByBytes(const std::string& table, const std::string& column);
+  // How far the engine compares the texts of table's column by their UTF-8 bytes (see TextBytes).
+  // Unknown when the provider cannot tell (only SQLite's own and PostgreSQL's can), when the
+  // column is not found and when asking fails.
+  TextBytes TextComparedByBytes(const std::string& table, const std::string& column);
   // Runs one statement. Returns an open record set when the statement produces rows, a closed
   // one otherwise. recordsAffected receives the number of rows a write touched (-1 otherwise).
   vb::Ref<Recordset> Execute(const std::string& commandText, int32_t* recordsAffected = nullptr,

@@ -116,4 +116,10 @@ enum class EngineFamily { Other, SQLite, PostgreSQL, MariaDB };
 // also when the provider cannot watch).
 enum class RiseSeen { Holding, Broken, Held };
 
+// How far an engine compares the texts of a column by their UTF-8 bytes alone (no case folding,
+// no trimming, no locale): not known to (Unknown); = holds exactly when the bytes are equal, the
+// order being another or not known (Equality); that, and ORDER BY sorts them as memcmp does
+// (EqualityAndOrder).
+enum class TextBytes { Unknown, Equality, EqualityAndOrder };
+
 }  // namespace varsentix::ado

@@ -178,6 +178,9 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   EngineFamily engineFamily() const override;
   std::optional<double> numericLiteralValue(const std::string& literal) override;
   std::optional<double> doubleLiteralValue(double value) override;
+  // PostgreSQL: Equality for a text or varchar column under a deterministic collation, and the
+  // order too under the C or POSIX collation in a UTF-8 database.
+  TextBytes textComparedByBytes(const std::string& table, const std::string& column) override;
 
   // For the cursor.
   const odbc::OdbcApi& api() const { return api_; }
@@ -869,6 +872,40 @@ std::optional<double> OdbcSession::doubleLiteralValue(double value) {
   return value;
 }
 
+TextBytes OdbcSession::textComparedByBytes(const std::string& table, const std::string& column) {
+  if (dbms_ != Dbms::PostgreSQL) return TextBytes::Unknown;
+  auto literal = [](const std::string& text) {
+    std::string quoted = "'";
+    for (char c : text) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+    return quoted + "'";
+  };
+  // The table as the statements name it (quoted, on the search path); the column's type and
+  // collation, the database's own when the column has the default one.
+  auto cursor = queryNative(
+      "SELECT t.typname::text, CASE WHEN co.collisdeterministic THEN 1 ELSE 0 END, "
+      "CASE WHEN co.oid = 100 THEN d.datcollate::text ELSE co.collname::text END, "
+      "pg_catalog.pg_encoding_to_char(d.encoding)::text "
+      "FROM pg_catalog.pg_attribute a JOIN pg_catalog.pg_type t ON t.oid = a.atttypid "
+      "JOIN pg_catalog.pg_collation co ON co.oid = a.attcollation "
+      "JOIN pg_catalog.pg_database d ON d.datname = pg_catalog.current_database() "
+      "WHERE a.attrelid = pg_catalog.to_regclass(" + literal(quoteIdentifier(table)) + ") AND a.attname = " +
+      literal(column) + " AND a.attnum > 0 AND NOT a.attisdropped");
+  Row row;
+  TextBytes bytes = TextBytes::Unknown;
+  if (cursor->fetch(row) && row.size() == 4 && !row[0].isNull() && !row[1].isNull()) {
+    const std::string type = row[0].toText();
+    // char(n) pads and trims: not its bytes.
+    if ((type == "varchar" || type == "text") && row[1].toText() == "1") {
+      const std::string collation = row[2].isNull() ? "" : row[2].toText();
+      const bool utf8 = !row[3].isNull() && row[3].toText() == "UTF8";
+      bytes = utf8 && (collation == "C" || collation == "POSIX") ? TextBytes::EqualityAndOrder : TextBytes::Equality;
+    }
+  }
+  while (cursor->fetch(row)) {
+  }
+  return bytes;
+}
+
 std::string OdbcSession::quoteIdentifier(const std::string& name) const {
   if (quote_.empty()) return name;
   std::string quoted = quote_;
@@ -1449,6 +1486,9 @@ class SessionHandle final : public ProviderSession {
     return s_->numericLiteralValue(literal);
   }
   std::optional<double> doubleLiteralValue(double value) override { return s_->doubleLiteralValue(value); }
+  TextBytes textComparedByBytes(const std::string& table, const std::string& column) override {
+    return s_->textComparedByBytes(table, column);
+  }
 
  private:
   std::shared_ptr<OdbcSession> s_;

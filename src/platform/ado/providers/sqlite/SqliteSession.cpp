@@ -652,28 +652,29 @@ bool SqliteSession::sortsForOrder(const std::string& sql) {
   return planSortsForOrder(db_, translateSql(sql, options_.dialect));
 }
 
-bool SqliteSession::comparesTextByBytes(const std::string& table, const std::string& column) {
+TextBytes SqliteSession::textComparedByBytes(const std::string& table, const std::string& column) {
   // Access files compare their texts without regard to case.
-  if (engineFamily() != EngineFamily::SQLite) return false;
+  if (engineFamily() != EngineFamily::SQLite) return TextBytes::Unknown;
   // BINARY compares the bytes of the database's encoding: those of UTF-8 only in a UTF-8 file.
   Statement encoding = prepared(db_, "PRAGMA encoding");
-  if (!encoding || sqlite3_step(encoding.get()) != SQLITE_ROW) return false;
+  if (!encoding || sqlite3_step(encoding.get()) != SQLITE_ROW) return TextBytes::Unknown;
   const auto* name = reinterpret_cast<const char*>(sqlite3_column_text(encoding.get(), 0));
-  if (name == nullptr || std::strcmp(name, "UTF-8") != 0) return false;
+  if (name == nullptr || std::strcmp(name, "UTF-8") != 0) return TextBytes::Unknown;
   // The table as a statement names it: a temporary one first, then the main database's.
   const char* declared = nullptr;
   const char* collation = nullptr;
   if (sqlite3_table_column_metadata(db_, nullptr, table.c_str(), column.c_str(), &declared, &collation, nullptr,
                                     nullptr, nullptr) != SQLITE_OK)
-    return false;
-  if (collation == nullptr || sqlite3_stricmp(collation, "BINARY") != 0) return false;
+    return TextBytes::Unknown;
+  if (collation == nullptr || sqlite3_stricmp(collation, "BINARY") != 0) return TextBytes::Unknown;
   // Text affinity: the declared type names CHAR, CLOB or TEXT and not INT. With another affinity
   // a literal that reads as a number is compared as one.
   std::string type = declared != nullptr ? declared : "";
   for (char& c : type) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  if (type.find("INT") != std::string::npos) return false;
-  return type.find("CHAR") != std::string::npos || type.find("CLOB") != std::string::npos ||
-         type.find("TEXT") != std::string::npos;
+  if (type.find("INT") != std::string::npos) return TextBytes::Unknown;
+  const bool text = type.find("CHAR") != std::string::npos || type.find("CLOB") != std::string::npos ||
+                    type.find("TEXT") != std::string::npos;
+  return text ? TextBytes::EqualityAndOrder : TextBytes::Unknown;
 }
 
 std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeSql) {

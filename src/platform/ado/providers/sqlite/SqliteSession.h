@@ -93,8 +93,8 @@ class SqliteSession : public ProviderSession {
   std::unique_ptr<ProviderSession> openJoinedReader(ProviderSession& other) override;
   // From the engine's plan for sql: a temporary b-tree for its order.
   bool sortsForOrder(const std::string& sql) override;
-  // A column of text affinity under the BINARY collation, in a UTF-8 database.
-  bool comparesTextByBytes(const std::string& table, const std::string& column) override;
+  // EqualityAndOrder for a column of text affinity under the BINARY collation, in a UTF-8 file.
+  TextBytes textComparedByBytes(const std::string& table, const std::string& column) override;
 
   // Runs native SQL (no dialect translation) and returns its rows: for the extension points.
   std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
