@@ -203,6 +203,18 @@ class FlagScope {
 
 }  // namespace
 
+// Called for every record of both sides: defined before its callers so that it can be inlined.
+inline bool RecordMatcher::mergeKeyOf(const vb::Variant& value, int64_t& integer, std::string& text) const {
+  if (!textKeys_) {
+    const auto key = integerOf(value);
+    if (key) integer = *key;
+    return key.has_value();
+  }
+  if (value.type() != vb::VarType::String) return false;
+  text.assign(value.asString());
+  return true;
+}
+
 bool literalRecordMatching() { return literalMatching; }
 const RecordMatcher::Counts& RecordMatcher::threadTotals() { return totals; }
 void RecordMatcher::countUnsortedStatement() { ++totals.unsorted; }
@@ -474,19 +486,6 @@ std::unique_lock<std::mutex> RecordMatcher::otherConnectionLock() {
   return otherRows_ ? otherRows_->connectionLock() : std::unique_lock<std::mutex>();
 }
 
-bool RecordMatcher::keyingOtherSide(const std::function<bool()>& body) {
-  Keys* const before = keys_;
-  keys_ = &other_;
-  try {
-    const bool result = body();
-    keys_ = before;
-    return result;
-  } catch (...) {
-    keys_ = before;
-    throw;
-  }
-}
-
 void RecordMatcher::leaveMerge() {
   // Trusted to come in byte order, the keys may have come otherwise: what was decided stands
   // only if they did.
@@ -509,16 +508,6 @@ void RecordMatcher::leaveMerge() {
   askAlways_ = !buildHashes();
 }
 
-bool RecordMatcher::mergeKeyOf(const vb::Variant& value, int64_t& integer, std::string& text) const {
-  if (!textKeys_) {
-    const auto key = integerOf(value);
-    if (key) integer = *key;
-    return key.has_value();
-  }
-  if (value.type() != vb::VarType::String) return false;
-  text.assign(value.asString());
-  return true;
-}
 
 int RecordMatcher::compareKeys(bool text, int64_t integer, const std::string& keyText, int64_t otherInteger,
                                const std::string& otherText) {
@@ -541,14 +530,21 @@ bool RecordMatcher::loadGroup(int64_t key, const std::string& keyText) {
 }
 
 bool RecordMatcher::readOtherKey(const ReadAhead::Row& row) {
+  if (!textKeys_) {
+    // Null or another kind of value first, or an order the integers do not follow: not a merge.
+    const auto otherKey = integerOf(row[tested_[0]]);
+    if (!otherKey || (haveOtherKey_ && *otherKey < otherKey_)) return false;
+    haveOtherKey_ = true;
+    otherKey_ = *otherKey;
+    return true;
+  }
   int64_t otherKey = 0;
-  // Null or another kind of value first, or an order the keys do not follow: not a merge.
   if (!mergeKeyOf(row[tested_[0]], otherKey, keyText_) ||
       (haveOtherKey_ && compareKeys(otherKey, keyText_, otherKey_, otherText_) < 0))
     return false;
   haveOtherKey_ = true;
   otherKey_ = otherKey;
-  if (textKeys_) otherText_.swap(keyText_);
+  otherText_.swap(keyText_);
   return true;
 }
 
@@ -803,9 +799,8 @@ void RecordMatcher::completeOtherWay() noexcept {
   }
 }
 
-bool RecordMatcher::orderHeld(bool toEnd) noexcept {
-  if (!orderChecked_ || orderFailed_) return !orderFailed_;
-  if (!toEnd || !otherRows_) return true;
+bool RecordMatcher::restInOrder() noexcept {
+  if (!otherRows_) return true;
   try {
     // keyingOtherSide is not needed: only the keys are read.
     while (ReadAhead::Row* row = otherRows_->current()) {

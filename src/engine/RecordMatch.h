@@ -32,7 +32,6 @@
 // The second walk then reads only the key of a record under any other key (its match is
 // certain), and decides the others against A's kept records as the step-through would.
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -117,8 +116,12 @@ class RecordMatcher {
   // False when text keys stepped through on trust (mayCheckOrder) did not come in byte order, on
   // either side, or left the step-through for another reason: then the decisions made so far
   // may be wrong (a record of B with A's key may come later), and the walk is to be made again.
-  // toEnd: after the walk, B's records not read yet are read and checked too.
-  bool orderHeld(bool toEnd = false) noexcept;
+  // toEnd: after the walk, B's records not read yet are read and checked too. (Asked after every
+  // record: inline.)
+  bool orderHeld(bool toEnd = false) noexcept {
+    if (!orderChecked_ || orderFailed_) return !orderFailed_;
+    return !toEnd || restInOrder();
+  }
 
   // The walk of B against A right after A against B, when the first walk read B's records from
   // the very statement this walk runs on B (its own, records, on its first record) and kept
@@ -201,12 +204,27 @@ class RecordMatcher {
                          const std::string& otherText);
   int compareKeys(int64_t integer, const std::string& text, int64_t otherInteger,
                   const std::string& otherText) const {
-    return compareKeys(textKeys_, integer, text, otherInteger, otherText);
+    if (!textKeys_) return (integer > otherInteger) - (integer < otherInteger);
+    return compareKeys(true, integer, text, otherInteger, otherText);
   }
   // Reads B's records up to the walk's key; false when B's order is not one the merge follows.
   bool loadGroup(int64_t key, const std::string& keyText);
   // Runs body with the add* functions keying into other_, leaving A's keys as they were.
-  bool keyingOtherSide(const std::function<bool()>& body);
+  // (A template, not a std::function: called per record, a capture of more than two words would
+  // be allocated each time.)
+  template <typename Body>
+  bool keyingOtherSide(Body&& body) {
+    Keys* const before = keys_;
+    keys_ = &other_;
+    try {
+      const bool result = body();
+      keys_ = before;
+      return result;
+    } catch (...) {
+      keys_ = before;
+      throw;
+    }
+  }
   bool readGroup(int64_t key, const std::string& keyText);
   // Reads the key of B's current record into otherKey_; false when it is not an integer or
   // comes before the one read last.
@@ -289,6 +307,8 @@ class RecordMatcher {
   // Text keys (a text first column ordered and compared by its bytes on B's engine): the keys
   // are the texts beside these, and A's record's key and B's are read into scratch texts.
   bool textKeys_ = false;
+  // Reads B's records not read yet, checking their keys' order (see orderHeld).
+  bool restInOrder() noexcept;
   std::string walkText_, otherText_, ownText_, keyText_;
   bool mayCheckOrder_ = false;  // (see prepare)
   bool orderChecked_ = false;   // text keys stepped through on trust of their order
