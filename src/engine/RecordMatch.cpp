@@ -492,12 +492,6 @@ void RecordMatcher::leaveMerge() {
   if (orderChecked_) orderFailed_ = true;
   stopCollecting();
   group_.clear();
-  if (orderFailed_) {
-    // The walk is made again: B's table need not be read for the hashes.
-    otherRows_.reset();
-    askAlways_ = true;
-    return;
-  }
   otherRows_.reset();  // the thread reading ahead is done with B's connection
   try {
     if (mergeRows_ && mergeRows_.shared() != otherWalk_.shared()) mergeRows_->Close();  // the walk closes its own
@@ -505,9 +499,9 @@ void RecordMatcher::leaveMerge() {
     // Only reading: nothing to undo.
   }
   mergeRows_ = {};
-  askAlways_ = !buildHashes();
+  // A walk whose order failed is made again: B's table need not be read for the hashes.
+  askAlways_ = orderFailed_ || !buildHashes();
 }
-
 
 int RecordMatcher::compareKeys(bool text, int64_t integer, const std::string& keyText, int64_t otherInteger,
                                const std::string& otherText) {
