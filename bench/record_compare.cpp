@@ -248,8 +248,7 @@ void writeSqlite(const std::string& file, const DataSet& data, bool master, Vari
     sqlite3_bind_text(insert, 2, row.name.c_str(), static_cast<int>(row.name.size()), SQLITE_STATIC);
     sqlite3_bind_double(insert, 3, row.amount);
     sqlite3_bind_int64(insert, 4, row.quantity);
-    const std::string code = codeOf(row.id);
-    if (variant == Variant::Text) sqlite3_bind_text(insert, 5, code.c_str(), -1, SQLITE_TRANSIENT);
+    if (variant == Variant::Text) sqlite3_bind_text(insert, 5, codeOf(row.id).c_str(), -1, SQLITE_TRANSIENT);
     sqliteCheck(sqlite3_step(insert), db, "insert");
     sqlite3_reset(insert);
   });

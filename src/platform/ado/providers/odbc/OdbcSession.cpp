@@ -874,11 +874,6 @@ std::optional<double> OdbcSession::doubleLiteralValue(double value) {
 
 TextBytes OdbcSession::textComparedByBytes(const std::string& table, const std::string& column) {
   if (dbms_ != Dbms::PostgreSQL) return TextBytes::Unknown;
-  auto literal = [](const std::string& text) {
-    std::string quoted = "'";
-    for (char c : text) quoted += c == '\'' ? std::string("''") : std::string(1, c);
-    return quoted + "'";
-  };
   // The table as the statements name it (quoted, on the search path); the column's type and
   // collation, the database's own when the column has the default one.
   auto cursor = queryNative(
@@ -1209,12 +1204,9 @@ std::vector<std::string> OdbcSession::primaryKeyColumns(const std::string& table
   vb::Variant catalog = vb::Variant::null(), schema = vb::Variant::null();
   if (dbms_ == Dbms::PostgreSQL) {
     // The schema the name resolves to on the search path.
-    std::string literal = "'";
-    for (char c : quoteIdentifier(table)) literal += c == '\'' ? std::string("''") : std::string(1, c);
-    literal += "'";
     auto cursor = queryNative(
         "SELECT n.nspname FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON "
-        "n.oid = c.relnamespace WHERE c.oid = to_regclass(" + literal + ")");
+        "n.oid = c.relnamespace WHERE c.oid = to_regclass(" + literal(quoteIdentifier(table)) + ")");
     Row row;
     if (cursor->fetch(row) && !row.empty() && !row[0].isNull()) schema = row[0].toText();
     while (cursor->fetch(row)) {
