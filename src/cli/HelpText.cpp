@@ -47,6 +47,11 @@ const CommandHelp kCompareHelp{
     "Colour is used only when standard output is a terminal and NO_COLOR is not set. A progress\n"
     "bar is drawn on standard error when it is a terminal.\n"
     "\n"
+    "Records are mostly compared by reading both sides in key order. Where that cannot be done\n"
+    "(a table stored out of key order, a text key compared without regard to case, MariaDB),\n"
+    "24 bytes per record of the other side are kept: up to 4 MB a set in memory, the rest in a\n"
+    "file in $TMPDIR (or /tmp) that is gone once the table is compared.\n"
+    "\n"
     "Exit status: 0 no differences, 1 differences found, 2 trouble (a missing file, a file that\n"
     "is no database, a data source or server that cannot be reached, a wrong password).\n"};
 
