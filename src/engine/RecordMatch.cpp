@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "engine/ModADORecordHelpers.h"
+#include "engine/TextTraits.h"
 #include "varsentix/dbside/clsDBManager.h"
 #include "varsentix/platform/ado/Connection.h"
 #include "varsentix/platform/ado/Recordset.h"
@@ -50,44 +51,6 @@ bool isTextType(int32_t type, ado::EngineFamily engine) {
     default:
       return false;
   }
-}
-
-// What a text holds that matters to its literal, found in one pass.
-struct TextTraits {
-  bool valid = true;       // UTF-8 without NUL
-  bool backslash = false;
-  bool wildcard = false;   // % or _
-};
-
-TextTraits traitsOf(const std::string& text) {
-  TextTraits traits;
-  size_t i = 0;
-  const size_t n = text.size();
-  while (i < n) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    if (c < 0x80) {
-      if (c <= '_') {  // the characters looked for are all at or below '_'
-        if (c == 0) {
-          traits.valid = false;
-          return traits;
-        }
-        traits.backslash = traits.backslash || c == '\\';
-        traits.wildcard = traits.wildcard || c == '%' || c == '_';
-      }
-      ++i;
-      continue;
-    }
-    const size_t length = (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
-    bool sequence = length != 0 && i + length <= n;
-    for (size_t k = 1; sequence && k < length; ++k)
-      sequence = (static_cast<unsigned char>(text[i + k]) & 0xC0) == 0x80;
-    if (!sequence) {
-      traits.valid = false;
-      return traits;
-    }
-    i += length;
-  }
-  return traits;
 }
 
 void appendBytes(std::string& key, const void* data, size_t size) {

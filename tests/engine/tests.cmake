@@ -4,5 +4,6 @@ varsentix_add_suite(varsentix_engine_tests
   engine/record_compare_test.cpp
   engine/record_helpers_test.cpp
   engine/hash_set_test.cpp
+  engine/text_traits_test.cpp
   engine/chinook_golden_test.cpp
 )
