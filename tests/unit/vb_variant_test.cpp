@@ -79,3 +79,28 @@ TEST(VBVariant, EqualityComparesTypeAndValue) {
   EXPECT_EQ(Variant::null(), Variant::null());
   EXPECT_NE(Variant(), Variant::null());
 }
+
+TEST(VBVariant, SetTakesTheSubTypeOfTheValueGiven) {
+  Variant value = std::string("text");
+  value.set(int32_t{7});
+  EXPECT_EQ(value.type(), VarType::Long);
+  EXPECT_EQ(value, Variant(int32_t{7}));
+  value.set(int64_t{1} << 40);
+  EXPECT_EQ(value.type(), VarType::LongLong);
+  EXPECT_EQ(value.toInt64(), int64_t{1} << 40);
+  value.set(int64_t{-3});  // the same sub-type, assigned over
+  EXPECT_EQ(value, Variant(int64_t{-3}));
+  value.set(2.5);
+  EXPECT_EQ(value, Variant(2.5));
+  value.set(false);
+  EXPECT_EQ(value.type(), VarType::Boolean);
+  value.set(int16_t{3});
+  EXPECT_EQ(value.type(), VarType::Integer);
+  value.set(Decimal{"-12.340"});
+  EXPECT_EQ(value.type(), VarType::Decimal);
+  EXPECT_EQ(value.toText(), "-12.340");
+  value.set(std::string("again"));
+  EXPECT_EQ(value.asString(), "again");
+  static_assert(Variant::isSubType<std::string> && Variant::isSubType<double> && !Variant::isSubType<const char*> &&
+                !Variant::isSubType<long long unsigned>);
+}

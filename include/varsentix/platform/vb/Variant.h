@@ -2,6 +2,8 @@
 // Variant: the value type that crosses the record-set layer and the by-name row interface.
 #include <cstdint>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -63,6 +65,19 @@ class Variant {
     bool operator==(const NullTag&) const = default;
   };
 
+ private:
+  using Storage = std::variant<std::monostate, NullTag, bool, int16_t, int32_t, int64_t, float, double, Currency,
+                               Decimal, DateTime, std::string, Bytes>;
+  template <typename T, typename Of>
+  struct OneOf;
+  template <typename T, typename... Alternatives>
+  struct OneOf<T, std::variant<Alternatives...>> : std::bool_constant<(std::is_same_v<T, Alternatives> || ...)> {};
+
+ public:
+  // Whether T is the own type of one of the sub-types.
+  template <typename T>
+  static constexpr bool isSubType = OneOf<T, Storage>::value;
+
   Variant() = default;  // Empty
   static Variant null() { return Variant(NullTag{}); }
   Variant(NullTag) : value_(NullTag{}) {}
@@ -112,6 +127,15 @@ class Variant {
   }
   bool toBool() const;
 
+  // Sets the value to v, of one of the sub-types' own types (bool, int16_t, ..., std::string,
+  // Bytes), in place: no Variant is made and moved in, and a value of the same sub-type is
+  // assigned over. Record-set walks set every value of every row so.
+  template <typename T>
+    requires(isSubType<std::remove_cvref_t<T>>)
+  void set(T&& v) {
+    value_ = std::forward<T>(v);
+  }
+
   // Typed access; raises 13 "Type mismatch" when the sub-type differs.
   const std::string& asString() const {
     if (auto* v = std::get_if<std::string>(&value_)) return *v;
@@ -127,9 +151,7 @@ class Variant {
   double toDoubleSlowly() const;
   [[noreturn]] static void raiseTypeMismatch();
 
-  std::variant<std::monostate, NullTag, bool, int16_t, int32_t, int64_t, float, double, Currency,
-               Decimal, DateTime, std::string, Bytes>
-      value_;
+  Storage value_;
 };
 
 }  // namespace varsentix::vb

@@ -81,29 +81,32 @@ std::string lower(const std::string& text) { return vb::LCase(text); }
 
 // ---- reading values -------------------------------------------------------------------------
 
-vb::Variant fromInteger(sqlite3_int64 v, const ColumnInfo& column) {
+// The value of an integer as its column's type asks for, handed to put (the one place that
+// knows the mapping, whether the value is made anew or set in place).
+template <typename Put>
+auto withInteger(sqlite3_int64 v, const ColumnInfo& column, Put&& put) {
   switch (column.type) {
-    case adBoolean: return v != 0;
+    case adBoolean: return put(v != 0);
     case adTinyInt:
     case adUnsignedTinyInt:
     case adSmallInt:
-      if (v >= INT16_MIN && v <= INT16_MAX) return static_cast<int16_t>(v);
-      return static_cast<int64_t>(v);
+      if (v >= INT16_MIN && v <= INT16_MAX) return put(static_cast<int16_t>(v));
+      return put(static_cast<int64_t>(v));
     case adInteger:
     case adUnsignedSmallInt:
-      if (v >= INT32_MIN && v <= INT32_MAX) return static_cast<int32_t>(v);
-      return static_cast<int64_t>(v);
-    case adDouble: return static_cast<double>(v);
-    case adSingle: return static_cast<float>(v);
+      if (v >= INT32_MIN && v <= INT32_MAX) return put(static_cast<int32_t>(v));
+      return put(static_cast<int64_t>(v));
+    case adDouble: return put(static_cast<double>(v));
+    case adSingle: return put(static_cast<float>(v));
     case adNumeric:
     case adDecimal:
-    case adVarNumeric: return vb::Decimal{withScale(std::to_string(v), column.numericScale)};
+    case adVarNumeric: return put(vb::Decimal{withScale(std::to_string(v), column.numericScale)});
     case adCurrency:
-      if (v > INT64_MAX / 10000 || v < INT64_MIN / 10000) return static_cast<int64_t>(v);
-      return vb::Currency{v * 10000};
+      if (v > INT64_MAX / 10000 || v < INT64_MIN / 10000) return put(static_cast<int64_t>(v));
+      return put(vb::Currency{v * 10000});
     default:
-      if (isTextType(column.type)) return std::to_string(v);
-      return static_cast<int64_t>(v);
+      if (isTextType(column.type)) return put(std::to_string(v));
+      return put(static_cast<int64_t>(v));
   }
 }
 
@@ -131,28 +134,30 @@ std::optional<std::string> quickDecimal(double v, uint8_t scale) {
   return std::string(p, static_cast<size_t>(buffer + sizeof buffer - p));
 }
 
-vb::Variant fromFloat(double v, const ColumnInfo& column) {
+// The value of a double as its column's type asks for, handed to put.
+template <typename Put>
+auto withFloat(double v, const ColumnInfo& column, Put&& put) {
   switch (column.type) {
-    case adDouble: return v;
-    case adSingle: return static_cast<float>(v);
-    case adBoolean: return v != 0.0;
+    case adDouble: return put(v);
+    case adSingle: return put(static_cast<float>(v));
+    case adBoolean: return put(v != 0.0);
     case adNumeric:
     case adDecimal:
     case adVarNumeric: {
-      if (auto quick = quickDecimal(v, column.numericScale)) return vb::Decimal{std::move(*quick)};
+      if (auto quick = quickDecimal(v, column.numericScale)) return put(vb::Decimal{std::move(*quick)});
       // The shortest fixed-point text that reads back to v, rounded to the column's scale.
-      if (!std::isfinite(v)) return vb::Decimal{vb::CStr(v)};
+      if (!std::isfinite(v)) return put(vb::Decimal{vb::CStr(v)});
       char buffer[400];
       auto written = std::to_chars(buffer, buffer + sizeof buffer, v, std::chars_format::fixed);
-      return vb::Decimal{withScale(std::string_view(buffer, static_cast<size_t>(written.ptr - buffer)),
-                                   column.numericScale)};
+      return put(vb::Decimal{withScale(std::string_view(buffer, static_cast<size_t>(written.ptr - buffer)),
+                                       column.numericScale)});
     }
     case adCurrency:
-      if (std::fabs(v) < 9.2e14) return vb::Currency{std::llround(v * 10000.0)};
-      return v;
+      if (std::fabs(v) < 9.2e14) return put(vb::Currency{std::llround(v * 10000.0)});
+      return put(v);
     default:
-      if (isTextType(column.type)) return vb::CStr(v);
-      return v;
+      if (isTextType(column.type)) return put(vb::CStr(v));
+      return put(v);
   }
 }
 
@@ -219,14 +224,17 @@ vb::Variant fromText(const char* text, int bytes, const ColumnInfo& column) {
   }
 }
 
+// Makes a Variant of the value withInteger and withFloat hand over.
+const auto madeAnew = [](auto&& value) { return vb::Variant(std::forward<decltype(value)>(value)); };
+
 // The value of one column of the current row as the Variant its column type asks for. Reads
 // through the column's sqlite3_value: fewer API calls than the sqlite3_column_* family, which
 // matters on a walk of millions of rows.
 vb::Variant convertValue(sqlite3_value* value, const ColumnInfo& column, bool textColumn) {
   switch (sqlite3_value_type(value)) {
     case SQLITE_NULL: return vb::Variant::null();
-    case SQLITE_INTEGER: return fromInteger(sqlite3_value_int64(value), column);
-    case SQLITE_FLOAT: return fromFloat(sqlite3_value_double(value), column);
+    case SQLITE_INTEGER: return withInteger(sqlite3_value_int64(value), column, madeAnew);
+    case SQLITE_FLOAT: return withFloat(sqlite3_value_double(value), column, madeAnew);
     case SQLITE_TEXT:
       return fromText(reinterpret_cast<const char*>(sqlite3_value_text(value)),
                       sqlite3_value_bytes(value), column);
@@ -241,12 +249,22 @@ vb::Variant convertValue(sqlite3_value* value, const ColumnInfo& column, bool te
 
 void readValue(sqlite3_stmt* stmt, int i, const ColumnInfo& column, bool textColumn, vb::Variant& out) {
   sqlite3_value* value = sqlite3_column_value(stmt, i);
-  if (textColumn && out.type() == vb::VarType::String && sqlite3_value_type(value) == SQLITE_TEXT) {
-    // The row's previous text: refilled in place, so a walk does not allocate per value.
-    const_cast<std::string&>(out.asString())
-        .assign(reinterpret_cast<const char*>(sqlite3_value_text(value)),
-                static_cast<size_t>(sqlite3_value_bytes(value)));
-    return;
+  // Numbers are set into out in place, and the row's previous text is refilled in place, so a
+  // walk neither allocates per value nor makes and moves a Variant per number.
+  const auto inPlace = [&out](auto&& number) { out.set(std::forward<decltype(number)>(number)); };
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER: return withInteger(sqlite3_value_int64(value), column, inPlace);
+    case SQLITE_FLOAT: return withFloat(sqlite3_value_double(value), column, inPlace);
+    case SQLITE_TEXT:
+      if (textColumn && out.type() == vb::VarType::String) {
+        const_cast<std::string&>(out.asString())
+            .assign(reinterpret_cast<const char*>(sqlite3_value_text(value)),
+                    static_cast<size_t>(sqlite3_value_bytes(value)));
+        return;
+      }
+      break;
+    default:
+      break;
   }
   out = convertValue(value, column, textColumn);
 }
