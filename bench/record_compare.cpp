@@ -21,6 +21,8 @@
 //     --hash-memory MB
 //                     megabytes of hashes of the other side's records a walk keeps in memory, per
 //                     set, before it moves them to a temporary file (default: the library's, 4)
+//     --cpus N        keep every run to the first N processors this process may use (as on a
+//                     machine whose other processors are busy); default: all of them
 // The PostgreSQL half runs when VARSENTIX_PG_ODBC holds the server's ODBC string without
 // Database (scripts/test-servers.sh exports it); it makes two databases per variant and drops them.
 //
@@ -30,8 +32,10 @@
 // engine gets the same data.
 //
 // Every timed run is a child process of its own: its peak resident set (ru_maxrss from wait4) is
-// that run's alone, and its wall time is taken from fork to reap. The comparison's child also
-// reports the time of the call alone and how many result rows and records each side holds.
+// that run's alone, its wall time is taken from fork to reap, and its CPU time (user and system, all
+// its threads) comes from wait4 too. The comparison's child also reports the time of the call alone
+// and how many result rows and records each side holds.
+#include <sched.h>
 #include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -312,6 +316,7 @@ struct Measured {
   bool timedOut = false;
   int exitCode = 0;
   double wall = 0;      // fork to reap
+  double cpu = 0;       // user and system time of the child, all its threads
   double peakMB = 0;    // ru_maxrss of the child
 };
 
@@ -327,6 +332,8 @@ Measured reap(pid_t pid, Clock::time_point start) {
   while (wait4(pid, &status, 0, &usage) < 0 && errno == EINTR) {
   }
   m.wall = seconds(start);
+  m.cpu = static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+          static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
   m.peakMB = static_cast<double>(usage.ru_maxrss) / 1024.0;
   if (WIFSIGNALED(status)) {
     m.timedOut = WTERMSIG(status) == SIGALRM;
@@ -465,7 +472,7 @@ void streamBoth(const std::string& master, const std::string& source, Report& re
 // ---- reporting -------------------------------------------------------------------------------
 
 struct Series {
-  std::vector<double> wall, call, peak;
+  std::vector<double> wall, cpu, call, peak;
   Report last;
   int failures = 0;
   std::string firstError;
@@ -479,6 +486,7 @@ struct Series {
     if (!wall.empty() && (m.report.resultRows[0] != last.resultRows[0] || m.report.resultRows[1] != last.resultRows[1]))
       varied = true;
     wall.push_back(m.wall);
+    cpu.push_back(m.cpu);
     call.push_back(m.report.callSeconds);
     peak.push_back(m.peakMB);
     last = m.report;
@@ -491,7 +499,7 @@ void printRun(const char* label, const Measured& m) {
     std::printf("  %-9s failed: %s (%.3f s)\n", label, m.report.error, m.wall);
     return;
   }
-  std::printf("  %-9s %8.3f s wall, peak RSS %7.1f MB", label, m.wall, m.peakMB);
+  std::printf("  %-9s %8.3f s wall, %6.3f s CPU, peak RSS %7.1f MB", label, m.wall, m.cpu, m.peakMB);
   if (m.report.callSeconds > 0)
     std::printf(" (%s %.3f s)", m.report.streamedRows > 0 ? "walk" : "call", m.report.callSeconds);
   if (m.report.resultRows[0] + m.report.resultRows[1] > 0)
@@ -507,8 +515,9 @@ void printFailures(const char* label, const Series& s) {
 void printOurs(const Series& ours, const DataSet& data, int runs) {
   printFailures("beginTableCompareFromDBManagers", ours);
   if (!ours.any()) return;
-  std::printf("  beginTableCompareFromDBManagers: median %.3f s wall (call %.3f s), peak RSS %.1f MB, %zu of %d runs\n",
-              median(ours.wall), median(ours.call), median(ours.peak), ours.wall.size(), runs);
+  std::printf("  beginTableCompareFromDBManagers: median %.3f s wall (call %.3f s), %.3f s CPU, peak RSS %.1f MB, %zu of "
+              "%d runs\n",
+              median(ours.wall), median(ours.call), median(ours.cpu), median(ours.peak), ours.wall.size(), runs);
   std::printf("    result rows: master %d, source %d%s\n", ours.last.resultRows[0], ours.last.resultRows[1],
               ours.varied ? " (NOT the same in every run)" : "");
   std::printf("    records reported: master %d (expected %ld: deleted + changed), source %d (expected %ld: new + "
@@ -552,6 +561,7 @@ struct Options {
   int timeout = 0;
   bool keep = false;
   long hashMegabytes = 0;  // 0: the library's own limit
+  int cpus = 0;            // 0: every processor this process may run on
 };
 
 void sqliteHalf(const Options& options, const DataSet& data, const std::string& dir) {
@@ -598,11 +608,13 @@ void sqliteHalf(const Options& options, const DataSet& data, const std::string& 
     std::printf(" medians of %d runs\n", options.runs);
     printFailures("sqldiff", sqldiff);
     if (sqldiff.any())
-      std::printf("  sqldiff: median %.3f s wall, peak RSS %.1f MB\n", median(sqldiff.wall), median(sqldiff.peak));
+      std::printf("  sqldiff: median %.3f s wall, %.3f s CPU, peak RSS %.1f MB\n", median(sqldiff.wall),
+                  median(sqldiff.cpu), median(sqldiff.peak));
     printOurs(ours, data, options.runs);
     if (ours.any() && sqldiff.any())
-      std::printf("SQLite %s: ours / sqldiff = %.2fx time; our peak RSS %.1f MB (sqldiff %.1f MB)\n", tag.c_str(),
-                  median(ours.wall) / median(sqldiff.wall), median(ours.peak), median(sqldiff.peak));
+      std::printf("SQLite %s: ours / sqldiff = %.2fx time (%.2fx CPU time); our peak RSS %.1f MB (sqldiff %.1f MB)\n",
+                  tag.c_str(), median(ours.wall) / median(sqldiff.wall), median(ours.cpu) / median(sqldiff.cpu),
+                  median(ours.peak), median(sqldiff.peak));
     else if (ours.any())
       std::printf("SQLite %s: no sqldiff figure; our peak RSS %.1f MB\n", tag.c_str(), median(ours.peak));
     if (!options.keep) {
@@ -679,10 +691,33 @@ void postgresHalf(const Options& options, const DataSet& data) {
   }
 }
 
+// Keeps this process, and so every child and the commands they start, to the first count of the
+// processors it may run on: a machine whose other processors are busy, reproduced.
+bool keepToProcessors(int count) {
+  cpu_set_t allowed;
+  CPU_ZERO(&allowed);
+  if (sched_getaffinity(0, sizeof allowed, &allowed) != 0) return false;
+  cpu_set_t kept;
+  CPU_ZERO(&kept);
+  int taken = 0;
+  for (int cpu = 0; cpu < CPU_SETSIZE && taken < count; ++cpu)
+    if (CPU_ISSET(cpu, &allowed)) {
+      CPU_SET(cpu, &kept);
+      ++taken;
+    }
+  if (taken < count || sched_setaffinity(0, sizeof kept, &kept) != 0) {
+    std::fprintf(stderr, "record_compare: cannot keep to %d processor(s): %d may be used\n", count, CPU_COUNT(&allowed));
+    return false;
+  }
+  std::printf("kept to %d processor(s): both contenders share them\n", count);
+  return true;
+}
+
 void usage() {
   std::fprintf(stderr,
                "usage: record_compare [--rows N] [--runs R] [--full-precision-reals] [--variant pk|plain|text|both|all]\n"
-               "                      [--sqlite-only | --pg-only] [--timeout S] [--keep] [--hash-memory MB]\n");
+               "                      [--sqlite-only | --pg-only] [--timeout S] [--keep] [--hash-memory MB]\n"
+               "                      [--cpus N]\n");
   std::exit(2);
 }
 
@@ -704,6 +739,7 @@ int main(int argc, char** argv) {
     else if (option == "--pg-only") options.sqlite = false;
     else if (option == "--keep") options.keep = true;
     else if (option == "--hash-memory") options.hashMegabytes = std::atol(value().c_str());
+    else if (option == "--cpus") options.cpus = std::atoi(value().c_str());
     else if (option == "--variant") {
       const std::string v = value();
       options.pk = v == "pk" || v == "both" || v == "all";
@@ -712,7 +748,8 @@ int main(int argc, char** argv) {
       if (!options.pk && !options.plain && !options.text) usage();
     } else usage();
   }
-  if (options.rows < 1 || options.runs < 1 || (!options.sqlite && !options.postgres)) usage();
+  if (options.rows < 1 || options.runs < 1 || options.cpus < 0 || (!options.sqlite && !options.postgres)) usage();
+  if (options.cpus > 0 && !keepToProcessors(options.cpus)) return 1;
 
   // Set here, before the first child: every child is forked from this thread.
   if (options.hashMegabytes > 0) engine::setHashBytesKeptInMemory(static_cast<size_t>(options.hashMegabytes) << 20);
