@@ -229,9 +229,10 @@ const auto madeAnew = [](auto&& value) { return vb::Variant(std::forward<decltyp
 
 // The value of one column of the current row as the Variant its column type asks for. Reads
 // through the column's sqlite3_value: fewer API calls than the sqlite3_column_* family, which
-// matters on a walk of millions of rows.
-vb::Variant convertValue(sqlite3_value* value, const ColumnInfo& column, bool textColumn) {
-  switch (sqlite3_value_type(value)) {
+// matters on a walk of millions of rows. storageClass is value's sqlite3_value_type, which a
+// caller that has already asked for it hands over.
+vb::Variant convertValue(sqlite3_value* value, int storageClass, const ColumnInfo& column, bool textColumn) {
+  switch (storageClass) {
     case SQLITE_NULL: return vb::Variant::null();
     case SQLITE_INTEGER: return withInteger(sqlite3_value_int64(value), column, madeAnew);
     case SQLITE_FLOAT: return withFloat(sqlite3_value_double(value), column, madeAnew);
@@ -247,12 +248,17 @@ vb::Variant convertValue(sqlite3_value* value, const ColumnInfo& column, bool te
   }
 }
 
+vb::Variant convertValue(sqlite3_value* value, const ColumnInfo& column, bool textColumn) {
+  return convertValue(value, sqlite3_value_type(value), column, textColumn);
+}
+
 void readValue(sqlite3_stmt* stmt, int i, const ColumnInfo& column, bool textColumn, vb::Variant& out) {
   sqlite3_value* value = sqlite3_column_value(stmt, i);
   // Numbers are set into out in place, and the row's previous text is refilled in place, so a
   // walk neither allocates per value nor makes and moves a Variant per number.
   const auto inPlace = [&out](auto&& number) { out.set(std::forward<decltype(number)>(number)); };
-  switch (sqlite3_value_type(value)) {
+  const int storageClass = sqlite3_value_type(value);
+  switch (storageClass) {
     case SQLITE_INTEGER: return withInteger(sqlite3_value_int64(value), column, inPlace);
     case SQLITE_FLOAT: return withFloat(sqlite3_value_double(value), column, inPlace);
     case SQLITE_TEXT:
@@ -266,7 +272,7 @@ void readValue(sqlite3_stmt* stmt, int i, const ColumnInfo& column, bool textCol
     default:
       break;
   }
-  out = convertValue(value, column, textColumn);
+  out = convertValue(value, storageClass, column, textColumn);
 }
 
 // The type of a computed column (no declared type) from the storage class of its first value.
