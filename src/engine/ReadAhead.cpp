@@ -23,7 +23,7 @@ ReadAhead::~ReadAhead() { stop(); }
 
 void ReadAhead::readRow(Row& row) {
   row.resize(width_);
-  for (size_t i = 0; i < columns_.size(); ++i) rows_->ValueInto(columns_[i], row[places_[i]]);
+  rows_->ValuesInto(columns_, places_, row);
 }
 
 ReadAhead::Row* ReadAhead::current() {

@@ -1165,11 +1165,14 @@ bool RecordMatcher::readOwnValues(ado::Recordset& records, bool strictKey) {
   {
     const FlagScope strictOnly(strictOnly_, true);
     const FlagScope keyless(keyless_, !strictKey);
+    // A row read ahead is held whole by the record set: its values are copied from it directly.
+    const std::vector<vb::Variant>* held = records.HeldRow();
     for (size_t c = 0; c < columns_.size(); ++c) {
       const Column& column = columns_[c];
       if (column.excluded) continue;
       vb::Variant& value = lastValues_[c];
-      records.ValueInto(column.index, value);
+      if (held) value = (*held)[static_cast<size_t>(column.index)];
+      else records.ValueInto(column.index, value);
       if (covered) covered = addOwnValue(column, value);
     }
   }

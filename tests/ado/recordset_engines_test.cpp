@@ -586,6 +586,65 @@ TEST_P(RecordsetOnEngine, ValueIntoReadsWhatFieldValueReadsIntoTheSameVariantRow
   }
 }
 
+TEST_P(RecordsetOnEngine, ValuesIntoReadsTheFieldsAskedIntoThePlacesAskedRowAfterRow) {
+  ADO_TEST_DATABASE(db, engine());
+  db->exec("CREATE TABLE v (id INTEGER, name VARCHAR(60), amount " + ddlFor(engine()).floating + ")");
+  db->exec("INSERT INTO v VALUES (1, 'a text longer than the sixteen bytes kept inline', 1.5), (2, NULL, NULL), "
+           "(3, 'short', -0.25), (4, '', 7)");
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open(db->connectionString());
+  const auto text = [](const vb::Variant& v) { return v.isNull() ? std::string("Null") : v.toText(); };
+  for (auto cursor : {adOpenForwardOnly, adOpenStatic}) {
+    auto rs = open(cn, "select id, name, amount from v order by id", cursor);
+    // amount into place 0, id into place 2; place 1 is left as it is.
+    const std::vector<int32_t> columns{2, 0};
+    const std::vector<size_t> places{0, 2};
+    std::vector<vb::Variant> row{vb::Variant(), vb::Variant(std::string("untouched")), vb::Variant()};
+    int rows = 0;
+    for (; !rs->isEOF(); rs->MoveNext(), ++rows) {
+      rs->ValuesInto(columns, places, row);
+      EXPECT_EQ(row[0].type(), rs->field(2).Value().type()) << rows;
+      EXPECT_EQ(text(row[0]), text(rs->field(2).Value())) << rows;
+      EXPECT_EQ(text(row[2]), text(rs->field(0).Value())) << rows;
+      EXPECT_EQ(text(row[1]), "untouched") << rows;
+    }
+    EXPECT_EQ(rows, 4);
+    EXPECT_EQ(expectVBError([&] { rs->ValuesInto(columns, places, row); }).number(), vb::errnum::NoCurrentRecord);
+    rs->MoveFirst();
+    EXPECT_EQ(expectVBError([&] { rs->ValuesInto({0, 3}, {0, 1}, row); }).number(), vb::errnum::ItemNotFound);
+    EXPECT_EQ(expectVBError([&] { rs->ValuesInto({-1}, {0}, row); }).number(), vb::errnum::ItemNotFound);
+  }
+}
+
+TEST_P(RecordsetOnEngine, AHeldRowIsTheCurrentRecordsValuesAndThereIsNonePastTheEndNorWhileEditing) {
+  ADO_TEST_DATABASE(db, engine());
+  makeNumbers(*db, 5);
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open(db->connectionString());
+  // Read value by value from the provider: no row held.
+  auto rs = open(cn, "select id, name from t order by id", adOpenForwardOnly);
+  EXPECT_EQ(rs->HeldRow(), nullptr);
+  // A copy holds its rows in memory: each is the record's values, in field order.
+  auto copy = rs->Clone(adLockOptimistic);
+  int rows = 0;
+  for (; !copy->isEOF(); copy->MoveNext(), ++rows) {
+    const std::vector<vb::Variant>* held = copy->HeldRow();
+    ASSERT_NE(held, nullptr) << rows;
+    ASSERT_EQ(held->size(), 2u);
+    EXPECT_EQ((*held)[0].toInt64(), rows + 1);
+    EXPECT_EQ((*held)[1].toText(), "n" + std::to_string(rows + 1));
+  }
+  EXPECT_EQ(rows, 5);
+  EXPECT_EQ(copy->HeldRow(), nullptr);  // past the last record
+  copy->MoveFirst();
+  ASSERT_NE(copy->HeldRow(), nullptr);
+  copy->field(1).setValue(vb::Variant(std::string("edited")));
+  EXPECT_EQ(copy->HeldRow(), nullptr);  // while the record is edited
+  copy->CancelUpdate();
+  ASSERT_NE(copy->HeldRow(), nullptr);
+  EXPECT_EQ((*copy->HeldRow())[1].toText(), "n1");
+}
+
 TEST_P(RecordsetOnEngine, AWalkThatHoldsItsRemainingRowsGoesOnThroughThemAndMovingBackRunsTheStatementAgain) {
   ADO_TEST_DATABASE(db, engine());
   db->exec("CREATE TABLE v (id INTEGER, name VARCHAR(60))");

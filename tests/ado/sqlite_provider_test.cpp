@@ -546,6 +546,29 @@ TEST(SqliteProvider, AnOpenMayRunAnotherStatementInPlaceOfTheOneItNames) {
   EXPECT_EQ(rs->field(0).Value().toInt64(), 1);
 }
 
+TEST(SqliteProvider, ARecordSetReadingItsRowsAheadHoldsEachRowWhole) {
+  TempDir dir;
+  std::string inserts = "INSERT INTO k VALUES ";
+  for (int i = 1; i <= 3000; ++i) inserts += (i > 1 ? ", (" : "(") + std::to_string(i) + ", 'row " + std::to_string(i) + "')";
+  auto cn = tableWithoutIndex(dir, inserts);
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open("select [n], [v] from [k]", cn, adOpenForwardOnly, adLockReadOnly, adCmdText);
+  // Read value by value: nothing held.
+  EXPECT_EQ(rs->HeldRow(), nullptr);
+  rs->PrefetchRemainingRows();
+  int64_t rows = 1;
+  for (rs->MoveNext(); !rs->isEOF(); rs->MoveNext()) {
+    ++rows;
+    const std::vector<vb::Variant>* held = rs->HeldRow();
+    ASSERT_NE(held, nullptr) << rows;
+    ASSERT_EQ(held->size(), 2u);
+    ASSERT_EQ((*held)[0].toInt64(), rows);
+    ASSERT_EQ((*held)[1].toText(), "row " + std::to_string(rows));
+  }
+  EXPECT_EQ(rows, 3000);
+  EXPECT_EQ(rs->HeldRow(), nullptr);
+}
+
 TEST(SqliteProvider, ARecordSetReadingItsRowsAheadOnAThreadGivesTheSameRowsInTurn) {
   TempDir dir;
   // More rows than the thread reads ahead at once; the last one's absolute value overflows.

@@ -47,6 +47,11 @@ class RowCursor {
   virtual vb::Variant valueAt(size_t /*column*/) { return {}; }
   // valueAt(column) into out; cursors that can reuse out's room (its text) override it.
   virtual void valueInto(size_t column, vb::Variant& out) { out = valueAt(column); }
+  // valueInto(columns[i], row[places[i]]) for every i, in one call (columns all in range).
+  virtual void valuesInto(const std::vector<int32_t>& columns, const std::vector<size_t>& places,
+                          std::vector<vb::Variant>& row) {
+    for (size_t i = 0; i < columns.size(); ++i) valueInto(static_cast<size_t>(columns[i]), row[places[i]]);
+  }
 
   // Watches the rows read from now on (the row stepped to already, if any, among them): whether
   // each one's value in column is stored as an integer greater than the one before, into seen

@@ -198,6 +198,11 @@ Fields& Recordset::getFields() { return *fields_; }
 Field Recordset::field(int32_t index) { return fields_->Item(index); }
 Field Recordset::field(const std::string& name) { return fields_->Item(name); }
 void Recordset::ValueInto(int32_t index, vb::Variant& out) { impl_->valueInto(index, out); }
+void Recordset::ValuesInto(const std::vector<int32_t>& columns, const std::vector<size_t>& places,
+                           std::vector<vb::Variant>& row) {
+  impl_->valuesInto(columns, places, row);
+}
+const std::vector<vb::Variant>* Recordset::HeldRow() const { return impl_->heldRow(); }
 void Recordset::ReplaceRemainingRows(std::vector<std::vector<vb::Variant>> rows) {
   impl_->replaceRemainingRows(std::move(rows));
 }

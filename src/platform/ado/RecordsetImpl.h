@@ -69,10 +69,11 @@ class RecordsetImpl {
   }
   int32_t indexOf(const std::string& name) const;
 
+  // Whether the record set is open on a row and not editing: its values are read as they are.
+  bool onPlainRow() const { return open_ && !bof_ && !eof_ && editMode_ == adEditNone; }
   vb::Variant value(int32_t index) const {
     // The common case inline: an open record set on a row, not editing, a valid index.
-    if (open_ && !bof_ && !eof_ && editMode_ == adEditNone && index >= 0 &&
-        static_cast<size_t>(index) < columns_.size()) {
+    if (onPlainRow() && index >= 0 && static_cast<size_t>(index) < columns_.size()) {
       if (inMemory_) return rows_[static_cast<size_t>(pos_)][static_cast<size_t>(index)];
       if (!materialized_) return cursor_->valueAt(static_cast<size_t>(index));
       return current_[static_cast<size_t>(index)];
@@ -81,14 +82,29 @@ class RecordsetImpl {
   }
   // value(index) into out, reusing out's room where the cursor can.
   void valueInto(int32_t index, vb::Variant& out) const {
-    if (open_ && !bof_ && !eof_ && editMode_ == adEditNone && index >= 0 &&
-        static_cast<size_t>(index) < columns_.size()) {
+    if (onPlainRow() && index >= 0 && static_cast<size_t>(index) < columns_.size()) {
       if (inMemory_) out = rows_[static_cast<size_t>(pos_)][static_cast<size_t>(index)];
       else if (!materialized_) cursor_->valueInto(static_cast<size_t>(index), out);
       else out = current_[static_cast<size_t>(index)];
       return;
     }
     out = valueSlowly(index);
+  }
+  // valueInto(columns[i], row[places[i]]) for every i: one call to a cursor read value by value.
+  void valuesInto(const std::vector<int32_t>& columns, const std::vector<size_t>& places, Row& row) const {
+    if (onPlainRow() && !inMemory_ && !materialized_) {
+      bool inRange = true;  // (a negative index is taken as a very large one)
+      for (int32_t index : columns) inRange &= static_cast<uint32_t>(index) < columns_.size();
+      if (inRange) return cursor_->valuesInto(columns, places, row);
+    }
+    for (size_t i = 0; i < columns.size(); ++i) valueInto(columns[i], row[places[i]]);
+  }
+  // The current row's values when they are held whole (read ahead, or kept in memory); nullptr
+  // when they would be asked of the provider.
+  const std::vector<vb::Variant>* heldRow() const {
+    if (!onPlainRow()) return nullptr;
+    if (inMemory_) return &rows_[static_cast<size_t>(pos_)];
+    return materialized_ ? &current_ : nullptr;
   }
   vb::Variant originalValue(int32_t index) const;
   void setValue(int32_t index, const vb::Variant& value);

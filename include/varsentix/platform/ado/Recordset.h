@@ -104,6 +104,15 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
   // field(index).Value() read into out: out's room (its text) is reused where the provider can,
   // so a walk that reads the same columns row after row does not allocate for them.
   void ValueInto(int32_t index, vb::Variant& out);
+  // ValueInto(columns[i], row[places[i]]) for every i (row holds every place): a walk that reads
+  // the same fields of every record reads them in one call.
+  void ValuesInto(const std::vector<int32_t>& columns, const std::vector<size_t>& places,
+                  std::vector<vb::Variant>& row);
+  // The current record's values, one per field in order, when the record set holds the whole row
+  // already (its rows read ahead, or kept in memory): read in place, without a copy each. They
+  // stay as they are until the record set moves or its record is edited. nullptr when the values
+  // would be asked of the provider one by one, or there is no current record: use ValueInto.
+  const std::vector<vb::Variant>* HeldRow() const;
   // For a forward-only walk that already holds the rest of its rows, each as field(i).Value()
   // gives it: the record set goes on through those instead of the provider's, from the first of
   // them (at its end when there are none). The provider's cursor is let go. Moving back runs

@@ -353,6 +353,14 @@ class SqliteCursor : public RowCursor {
   void valueInto(size_t column, vb::Variant& out) override {
     readValue(stmt_.get(), static_cast<int>(column), columns_[column], textColumns_[column], out);
   }
+  void valuesInto(const std::vector<int32_t>& columns, const std::vector<size_t>& places,
+                  std::vector<vb::Variant>& row) override {
+    sqlite3_stmt* stmt = stmt_.get();
+    for (size_t i = 0; i < columns.size(); ++i) {
+      const auto column = static_cast<size_t>(columns[i]);
+      readValue(stmt, columns[i], columns_[column], textColumns_[column], row[places[i]]);
+    }
+  }
   bool watchRise(size_t column, std::shared_ptr<std::atomic<RiseSeen>> seen) override {
     if (column >= columns_.size()) return false;
     riseColumn_ = static_cast<int>(column);
