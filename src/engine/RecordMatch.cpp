@@ -1020,23 +1020,23 @@ void RecordMatcher::clearKeys() {
 }
 
 bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value) {
+  // (keyless_: only whether the value is covered, nothing made.)
   if (value.isNull()) {
-    addToEveryKey("N");
+    if (!keyless_) addToEveryKey("N");
     return true;
   }
   if (column.kind != Kind::Text) {
     // SQLite keeps what a column holds: an integer column may hold a double, and the two are
     // compared by value.
-    std::string part;
-    if (auto integer = integerOf(value)) {
-      if (!keyless_) appendInteger(part, *integer);
-    } else if (value.type() == vb::VarType::Double &&
-               (column.kind == Kind::Double || engine_ == ado::EngineFamily::SQLite) &&
-               !std::isnan(value.toDouble())) {
-      if (!keyless_) appendNumber(part, value.toDouble());
-    } else {
+    const auto integer = integerOf(value);
+    if (!integer && !(value.type() == vb::VarType::Double &&
+                      (column.kind == Kind::Double || engine_ == ado::EngineFamily::SQLite) &&
+                      !std::isnan(value.toDouble())))
       return false;
-    }
+    if (keyless_) return true;
+    std::string part;
+    if (integer) appendInteger(part, *integer);
+    else appendNumber(part, value.toDouble());
     addToEveryKey(part);
     return true;
   }
@@ -1049,31 +1049,37 @@ bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value
 }
 
 bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) {
+  // (keyless_: only whether the value is covered, and whether a double is exact; no key made.)
   if (value.isNull()) {
-    addToEveryKey("N");
+    if (!keyless_) addToEveryKey("N");
     return true;
   }
   if (column.kind != Kind::Text) {
-    std::string part;
     if (auto integer = integerOf(value)) {
-      if (!keyless_) appendInteger(part, *integer);
-    } else if (value.type() == vb::VarType::Double) {
-      // The literal is the shortest text of the double; the engine reads it back its own way.
-      const double stored = value.toDouble();
-      // The engine may be asked how it reads the literal (literalReader_: see prepare).
-      const auto read = literalReader_->DoubleLiteralValue(stored);
-      if (!read) return false;
-      if (std::memcmp(&stored, &*read, sizeof stored) != 0) ownExact_ = false;
-      if (!keyless_) appendNumber(part, *read);
-    } else {
-      return false;
+      if (keyless_) return true;
+      std::string part;
+      appendInteger(part, *integer);
+      addToEveryKey(part);
+      return true;
     }
+    if (value.type() != vb::VarType::Double) return false;
+    // The literal is the shortest text of the double; the engine reads it back its own way.
+    const double stored = value.toDouble();
+    // The engine may be asked how it reads the literal (literalReader_: see prepare).
+    const auto read = literalReader_->DoubleLiteralValue(stored);
+    if (!read) return false;
+    if (std::memcmp(&stored, &*read, sizeof stored) != 0) ownExact_ = false;
+    if (keyless_) return true;
+    std::string part;
+    appendNumber(part, *read);
     addToEveryKey(part);
     return true;
   }
   if (value.type() != vb::VarType::String) return false;
   const std::string& text = value.asString();
   if (text.size() > kLongestText) return false;
+  // Only whether it is covered: on SQLite, backslashes and wildcards do not change that.
+  if (keyless_ && engine_ == ado::EngineFamily::SQLite) return isUtf8WithoutNul(text);
   const TextTraits traits = traitsOf(text);
   if (!traits.valid) return false;
   // Backslash escapes in MariaDB's literals, and in like patterns on both servers.

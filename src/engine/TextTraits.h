@@ -1,8 +1,9 @@
 #pragma once
 // What a text holds that matters to the literal a match query writes for it: whether it is UTF-8
 // without NUL, and whether it holds a backslash or a like wildcard. Found in one pass over the
-// text, eight bytes at a time while they are plain ASCII without any of those characters: most
-// texts of a record walk are, and the walk asks this of every text of every record.
+// text, eight bytes at a time while they are plain ASCII without any of those characters (the
+// last bytes as the text's last eight): most texts of a record walk are, and the walk asks this
+// of every text of every record.
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -44,6 +45,9 @@ inline TextTraits traitsOf(std::string_view text) {
       i += 8;
       continue;
     }
+    // Fewer than eight bytes left of a text of eight or more: the text's last eight bytes as one
+    // word. When all eight are plain, so are those from i on.
+    if (n - i < 8 && n >= 8 && detail::plainWord(data + n - 8)) break;
     const auto c = static_cast<unsigned char>(data[i]);
     if (c < 0x80) {
       if (c <= '_') {  // the characters looked for are all at or below '_'
@@ -68,6 +72,21 @@ inline TextTraits traitsOf(std::string_view text) {
     i += length;
   }
   return traits;
+}
+
+// Only whether text is UTF-8 without NUL (traitsOf(text).valid), where the other traits do not
+// matter: eight bytes at a time while they are ASCII without NUL, the rest as traitsOf reads it.
+inline bool isUtf8WithoutNul(std::string_view text) {
+  size_t i = 0;
+  const size_t n = text.size();
+  const char* const data = text.data();
+  for (; n - i >= 8; i += 8) {
+    uint64_t word;
+    std::memcpy(&word, data + i, sizeof word);
+    if ((word & detail::kHighBits) != 0 || detail::someZeroByte(word) != 0) break;
+  }
+  // From a character's first byte: the words before were ASCII.
+  return traitsOf(text.substr(i)).valid;
 }
 
 }  // namespace varsentix::engine

@@ -5,6 +5,7 @@
 
 #include "engine/TextTraits.h"
 
+using varsentix::engine::isUtf8WithoutNul;
 using varsentix::engine::TextTraits;
 using varsentix::engine::traitsOf;
 
@@ -40,6 +41,7 @@ void expectSame(const std::string& text) {
   const TextTraits fast = traitsOf(text);
   const TextTraits plain = byteByByte(text);
   ASSERT_EQ(fast.valid, plain.valid) << "text of " << text.size() << " bytes";
+  ASSERT_EQ(isUtf8WithoutNul(text), plain.valid) << "text of " << text.size() << " bytes";
   if (!plain.valid) return;  // what was seen before the fault does not matter then
   ASSERT_EQ(fast.backslash, plain.backslash) << text;
   ASSERT_EQ(fast.wildcard, plain.wildcard) << text;
@@ -69,10 +71,13 @@ TEST(TextTraits, EachSpecialCharacterIsFoundAtEveryPlace) {
       text[at] = '_';
       EXPECT_TRUE(traitsOf(text).wildcard) << length << " " << at;
       EXPECT_FALSE(traitsOf(text).backslash);
+      EXPECT_TRUE(isUtf8WithoutNul(text)) << length << " " << at;
       text[at] = '\0';
       EXPECT_FALSE(traitsOf(text).valid) << length << " " << at;
+      EXPECT_FALSE(isUtf8WithoutNul(text)) << length << " " << at;
       text[at] = '\x80';  // a continuation byte alone
       EXPECT_FALSE(traitsOf(text).valid) << length << " " << at;
+      EXPECT_FALSE(isUtf8WithoutNul(text)) << length << " " << at;
     }
 }
 
