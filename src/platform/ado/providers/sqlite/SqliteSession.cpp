@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cctype>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -252,7 +253,9 @@ vb::Variant convertValue(sqlite3_value* value, const ColumnInfo& column, bool te
   return convertValue(value, sqlite3_value_type(value), column, textColumn);
 }
 
-void readValue(sqlite3_stmt* stmt, int i, const ColumnInfo& column, bool textColumn, vb::Variant& out) {
+// (Inlined into the loops that read a row: it is called for every value.)
+[[gnu::always_inline]] inline void readValue(sqlite3_stmt* stmt, int i, const ColumnInfo& column, bool textColumn,
+                                             vb::Variant& out) {
   sqlite3_value* value = sqlite3_column_value(stmt, i);
   // Numbers are set into out in place, and the row's previous text is refilled in place, so a
   // walk neither allocates per value nor makes and moves a Variant per number.
@@ -417,7 +420,7 @@ class SqliteCursor : public RowCursor {
   Statement stmt_;
   std::string source_;
   std::vector<ColumnInfo> columns_;
-  std::vector<bool> textColumns_;  // per column: isTextType(type)
+  std::vector<uint8_t> textColumns_;  // per column: isTextType(type) (bytes: read for every value)
   bool started_ = false;  // the statement was stepped
   bool hasRow_ = false;
   bool pending_ = false;  // the first row was stepped to when the cursor was made
