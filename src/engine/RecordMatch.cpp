@@ -560,11 +560,8 @@ bool RecordMatcher::keyGroupSlot() {
   slot.matchedOtherWay = false;
   slot.keyed = false;  // its strict key is made when a comparison needs it
   bool covered = true;
-  {
-    const FlagScope keyless(keyless_, true);
-    for (size_t c : tested_)
-      if (!(covered = addOtherValue(columns_[c], slot.values[c]))) break;
-  }
+  for (size_t c : tested_)
+    if (!(covered = otherValueCovered(columns_[c], slot.values[c]))) break;
   if (covered) {
     ++groupSize_;
   } else {
@@ -1019,29 +1016,40 @@ void RecordMatcher::clearKeys() {
   keys_->wildcard = false;
 }
 
+bool RecordMatcher::otherValueCovered(const Column& column, const vb::Variant& value) const {
+  switch (value.type()) {
+    case vb::VarType::Null:
+      return true;
+    case vb::VarType::Integer:
+    case vb::VarType::Long:
+    case vb::VarType::LongLong:
+      return column.kind != Kind::Text;
+    case vb::VarType::Double:
+      // SQLite keeps what a column holds: an integer column may hold a double, and the two are
+      // compared by value.
+      return column.kind != Kind::Text && (column.kind == Kind::Double || engine_ == ado::EngineFamily::SQLite) &&
+             !std::isnan(value.toDouble());
+    case vb::VarType::String:
+      return column.kind == Kind::Text;
+    default:
+      return false;
+  }
+}
+
 bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value) {
-  // (keyless_: only whether the value is covered, nothing made.)
+  if (!otherValueCovered(column, value)) return false;
+  if (keyless_) return true;
   if (value.isNull()) {
-    if (!keyless_) addToEveryKey("N");
+    addToEveryKey("N");
     return true;
   }
   if (column.kind != Kind::Text) {
-    // SQLite keeps what a column holds: an integer column may hold a double, and the two are
-    // compared by value.
-    const auto integer = integerOf(value);
-    if (!integer && !(value.type() == vb::VarType::Double &&
-                      (column.kind == Kind::Double || engine_ == ado::EngineFamily::SQLite) &&
-                      !std::isnan(value.toDouble())))
-      return false;
-    if (keyless_) return true;
     std::string part;
-    if (integer) appendInteger(part, *integer);
+    if (const auto integer = integerOf(value)) appendInteger(part, *integer);
     else appendNumber(part, value.toDouble());
     addToEveryKey(part);
     return true;
   }
-  if (value.type() != vb::VarType::String) return false;
-  if (keyless_) return true;
   const std::string& text = value.asString();
   appendText(keys_->strict, text);
   addLooseText(column, text);

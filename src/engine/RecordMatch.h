@@ -254,6 +254,8 @@ class RecordMatcher {
   bool readOtherSide(ado::Recordset& rows, size_t expectedRows);
   // Appends the strict and loose key parts of one value of B; false when it is not covered.
   bool addOtherValue(const Column& column, const vb::Variant& value);
+  // Whether a value of B is covered by the keys (addOtherValue's verdict, nothing made).
+  bool otherValueCovered(const Column& column, const vb::Variant& value) const;
   // The same for a value of A; false when the engine must be asked.
   bool addOwnValue(const Column& column, const vb::Variant& value);
   // A part that is the same in the strict and both loose keys (Null, numbers).
