@@ -234,6 +234,7 @@ std::unique_ptr<RecordMatcher> RecordMatcher::prepare(clsDBManager& A, clsDBMana
     matcher->table_ = table;
     matcher->tested_ = matcher->testedPositions();
     matcher->lastValues_.resize(matcher->columns_.size());
+    matcher->ownRow_ = matcher->lastValues_;
     auto own = A.getDatabaseConnection();
     // The walk the other way of one that kept its decisions, ordered by the same key or not
     // ordered at all: its keys must rise, so that its last record, whose values are written into
@@ -590,7 +591,7 @@ const std::string& RecordMatcher::ownStrictKey() {
   if (!ownKeyed_) {
     clearKeys();
     const FlagScope strictOnly(strictOnly_, true);
-    for (size_t c : tested_) addOwnValue(columns_[c], lastValues_[c]);
+    for (size_t c : tested_) addOwnValue(columns_[c], ownValue(c));
     ownKeyed_ = true;
   }
   return own_.strict;
@@ -598,14 +599,14 @@ const std::string& RecordMatcher::ownStrictKey() {
 
 bool RecordMatcher::sameValues(const GroupRecord& slot) const {
   for (size_t c : tested_)
-    if (!sameValue(lastValues_[c], slot.values[c])) return false;
+    if (!sameValue(ownValue(c), slot.values[c])) return false;
   return true;
 }
 
 RecordMatcher::Decision RecordMatcher::decideMerged(ado::Recordset& records) {
   const bool covered = readOwnValues(records, false);
   int64_t key = 0;
-  const bool keyed = mergeKeyOf(lastValues_[0], key, ownText_);
+  const bool keyed = mergeKeyOf(ownValue(0), key, ownText_);
   const int order = keyed && haveKey_ ? compareKeys(key, ownText_, walkKey_, walkText_) : 1;
   const bool inOrder = keyed && order >= 0;
   const bool newKey = inOrder && order != 0;
@@ -670,7 +671,7 @@ void RecordMatcher::keepOwnRecordForOtherWay() {
   if (ownGroupSize_ == ownGroup_.size()) ownGroup_.emplace_back();
   std::vector<vb::Variant>& kept = ownGroup_[ownGroupSize_++];
   kept.resize(tested_.size());
-  for (size_t t = 0; t < tested_.size(); ++t) kept[t] = lastValues_[tested_[t]];
+  for (size_t t = 0; t < tested_.size(); ++t) kept[t] = ownValue(tested_[t]);
 }
 
 void RecordMatcher::markOtherWayMatches() {
@@ -1163,7 +1164,7 @@ bool RecordMatcher::makeOwnKeys() {
   clearKeys();
   ownKeyed_ = false;
   for (size_t c = 0; c < columns_.size(); ++c)
-    if (!columns_[c].excluded && !addOwnValue(columns_[c], lastValues_[c])) return false;
+    if (!columns_[c].excluded && !addOwnValue(columns_[c], ownValue(c))) return false;
   ownKeyed_ = true;
   return true;
 }
@@ -1179,15 +1180,15 @@ bool RecordMatcher::readOwnValues(ado::Recordset& records, bool strictKey) {
   {
     const FlagScope strictOnly(strictOnly_, true);
     const FlagScope keyless(keyless_, !strictKey);
-    // A row read ahead is held whole by the record set: its values are copied from it directly.
-    const std::vector<vb::Variant>* held = records.HeldRow();
+    // A row read ahead is held whole by the record set: its values are read where they are.
+    ownRow_ = records.HeldRow();
+    const bool held = !ownRow_.empty();
+    if (!held) ownRow_ = lastValues_;
     for (size_t c = 0; c < columns_.size(); ++c) {
       const Column& column = columns_[c];
       if (column.excluded) continue;
-      vb::Variant& value = lastValues_[c];
-      if (held) value = (*held)[static_cast<size_t>(column.index)];
-      else records.ValueInto(column.index, value);
-      if (covered) covered = addOwnValue(column, value);
+      if (!held) records.ValueInto(column.index, lastValues_[c]);
+      if (covered) covered = addOwnValue(column, ownValue(c));
     }
   }
   ownKeyed_ = strictKey && covered;
@@ -1221,7 +1222,7 @@ void RecordMatcher::writeLastMatchQuery(clsDBManager& A, clsDBManager& B) const 
     if (column.excluded) continue;
     // The joined statement's row is the record's: its values follow the decision.
     const vb::Variant value =
-        joinedRows_ ? joinedRows_->field(static_cast<int16_t>(1 + column.index)).Value() : lastValues_[c];
+        joinedRows_ ? joinedRows_->field(static_cast<int16_t>(1 + column.index)).Value() : ownValue(c);
     sql += ModADO::matchSelectPiece(column.index, column.name);
     where += value.isNull() ? ModADO::matchNullPiece(column.index, column.name)
                             : ModADO::matchValuePiece(column.index, column.name,

@@ -34,6 +34,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -285,9 +286,13 @@ class RecordMatcher {
   Keys* keys_ = &own_;
   bool strictOnly_ = false;  // while set, the add* functions make the strict key alone
   bool keyless_ = false;     // while set, they only judge whether the value is covered
-  bool ownKeyed_ = false;    // own_.strict is the strict key of lastValues_
-  bool ownExact_ = true;     // every double of lastValues_ reads back from its literal as itself
+  bool ownKeyed_ = false;    // own_.strict is the strict key of ownRow_
+  bool ownExact_ = true;     // every double of ownRow_ reads back from its literal as itself
+  // A's record decided last: its values where the record set holds them (they outlive the walk's
+  // next move, as writeLastMatchQuery needs), else read into lastValues_.
   std::vector<vb::Variant> lastValues_;
+  std::span<const vb::Variant> ownRow_;
+  const vb::Variant& ownValue(size_t c) const { return ownRow_[c]; }
   // The joined statement: the decision, then A's record as the walk reads it.
   vb::Ref<ado::Connection> joined_;
   vb::Ref<ado::Recordset> joinedRows_;

@@ -202,7 +202,7 @@ void Recordset::ValuesInto(const std::vector<int32_t>& columns, const std::vecto
                            std::vector<vb::Variant>& row) {
   impl_->valuesInto(columns, places, row);
 }
-const std::vector<vb::Variant>* Recordset::HeldRow() const { return impl_->heldRow(); }
+std::span<const vb::Variant> Recordset::HeldRow() const { return impl_->heldRow(); }
 void Recordset::ReplaceRemainingRows(std::vector<std::vector<vb::Variant>> rows) {
   impl_->replaceRemainingRows(std::move(rows));
 }

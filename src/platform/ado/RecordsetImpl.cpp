@@ -125,6 +125,8 @@ void RecordsetImpl::close() {
   rows_.clear();
   rows_.shrink_to_fit();
   current_.clear();
+  fetched_.clear();
+  left_.clear();
   columns_.clear();
   connection_.reset();
   bof_ = eof_ = true;
@@ -185,7 +187,13 @@ bool RecordsetImpl::goTo(int64_t index) {
   }
   while (cursorPos_ < index) {
     if (cursorDone_) return false;
-    bool stepped = lazy_ ? cursor_->advance() : cursor_->fetch(current_);
+    bool stepped = false;
+    if (lazy_) {
+      stepped = cursor_->advance();
+    } else if ((stepped = cursor_->fetch(fetched_))) {
+      left_.swap(current_);
+      current_.swap(fetched_);
+    }
     materialized_ = !lazy_;
     if (!stepped) {
       cursorDone_ = true;

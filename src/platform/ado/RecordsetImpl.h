@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -99,12 +100,12 @@ class RecordsetImpl {
     }
     for (size_t i = 0; i < columns.size(); ++i) valueInto(columns[i], row[places[i]]);
   }
-  // The current row's values when they are held whole (read ahead, or kept in memory); nullptr
-  // when they would be asked of the provider.
-  const std::vector<vb::Variant>* heldRow() const {
-    if (!onPlainRow()) return nullptr;
-    if (inMemory_) return &rows_[static_cast<size_t>(pos_)];
-    return materialized_ ? &current_ : nullptr;
+  // The current row's values when they are held whole (read ahead, or kept in memory); empty
+  // when they would be asked of the provider. (See goTo for how they outlive the next move.)
+  std::span<const vb::Variant> heldRow() const {
+    if (!onPlainRow()) return {};
+    if (inMemory_) return rows_[static_cast<size_t>(pos_)];
+    return materialized_ ? std::span<const vb::Variant>(current_) : std::span<const vb::Variant>();
   }
   vb::Variant originalValue(int32_t index) const;
   void setValue(int32_t index, const vb::Variant& value);
@@ -167,6 +168,10 @@ class RecordsetImpl {
   bool lazy_ = false;           // the cursor reads values one at a time (valueAt)
   mutable bool materialized_ = false;  // current_ holds the current row's values
   mutable Row current_;
+  // A row read whole is fetched into fetched_; once it is there, the row moved off goes to left_
+  // and the fetched one becomes current_, so that the values of the row left stay where they
+  // were (see Recordset::HeldRow) until the next row is read.
+  Row fetched_, left_;
   // Rows in memory.
   std::vector<Row> rows_;
 

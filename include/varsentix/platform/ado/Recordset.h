@@ -4,6 +4,7 @@
 // made by Clone holds its rows in memory.
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -110,9 +111,11 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
                   std::vector<vb::Variant>& row);
   // The current record's values, one per field in order, when the record set holds the whole row
   // already (its rows read ahead, or kept in memory): read in place, without a copy each. They
-  // stay as they are until the record set moves or its record is edited. nullptr when the values
-  // would be asked of the provider one by one, or there is no current record: use ValueInto.
-  const std::vector<vb::Variant>* HeldRow() const;
+  // stay as they are through the record set's next move (one that fails, or goes past the last
+  // record, too): a walk may still read the record it has just left. Not past a second move, a
+  // close, or an edit of the record. Empty when the values would be asked of the provider one by
+  // one, or there is no current record: use ValueInto.
+  std::span<const vb::Variant> HeldRow() const;
   // For a forward-only walk that already holds the rest of its rows, each as field(i).Value()
   // gives it: the record set goes on through those instead of the provider's, from the first of
   // them (at its end when there are none). The provider's cursor is let go. Moving back runs
