@@ -80,11 +80,14 @@ inline bool isUtf8WithoutNul(std::string_view text) {
   size_t i = 0;
   const size_t n = text.size();
   const char* const data = text.data();
-  for (; n - i >= 8; i += 8) {
+  const auto asciiWithoutNul = [data](size_t at) {
     uint64_t word;
-    std::memcpy(&word, data + i, sizeof word);
-    if ((word & detail::kHighBits) != 0 || detail::someZeroByte(word) != 0) break;
-  }
+    std::memcpy(&word, data + at, sizeof word);
+    return (word & detail::kHighBits) == 0 && detail::someZeroByte(word) == 0;
+  };
+  while (n - i >= 8 && asciiWithoutNul(i)) i += 8;
+  // The last bytes as the text's last eight, as traitsOf reads them.
+  if (i == n || (n - i < 8 && n >= 8 && asciiWithoutNul(n - 8))) return true;
   // From a character's first byte: the words before were ASCII.
   return traitsOf(text.substr(i)).valid;
 }
