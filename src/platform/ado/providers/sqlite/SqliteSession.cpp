@@ -85,7 +85,7 @@ std::string lower(const std::string& text) { return vb::LCase(text); }
 // The value of an integer as its column's type asks for, handed to put (the one place that
 // knows the mapping, whether the value is made anew or set in place).
 template <typename Put>
-auto withInteger(sqlite3_int64 v, const ColumnInfo& column, Put&& put) {
+[[gnu::always_inline]] inline auto withInteger(sqlite3_int64 v, const ColumnInfo& column, Put&& put) {
   switch (column.type) {
     case adBoolean: return put(v != 0);
     case adTinyInt:
@@ -137,7 +137,7 @@ std::optional<std::string> quickDecimal(double v, uint8_t scale) {
 
 // The value of a double as its column's type asks for, handed to put.
 template <typename Put>
-auto withFloat(double v, const ColumnInfo& column, Put&& put) {
+[[gnu::always_inline]] inline auto withFloat(double v, const ColumnInfo& column, Put&& put) {
   switch (column.type) {
     case adDouble: return put(v);
     case adSingle: return put(static_cast<float>(v));
