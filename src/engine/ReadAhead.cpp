@@ -26,16 +26,14 @@ void ReadAhead::readRow(Row& row) {
   rows_->ValuesInto(columns_, places_, row);
 }
 
-ReadAhead::Row* ReadAhead::current() {
-  if (!rowRead_) {
-    if (threaded_) {
-      if (!batches_.take(row_)) return nullptr;
-    } else {
-      if (rows_->isEOF()) return nullptr;
-      readRow(row_);
-    }
-    rowRead_ = true;
+ReadAhead::Row* ReadAhead::readCurrent() {
+  if (threaded_) {
+    if (!batches_.take(row_)) return nullptr;
+  } else {
+    if (rows_->isEOF()) return nullptr;
+    readRow(row_);
   }
+  rowRead_ = true;
   return &row_;
 }
 

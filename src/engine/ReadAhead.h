@@ -33,7 +33,7 @@ class ReadAhead {
   ReadAhead& operator=(const ReadAhead&) = delete;
 
   // The current record's values; nullptr past the last record. Raises what reading raised.
-  Row* current();
+  Row* current() { return rowRead_ ? &row_ : readCurrent(); }
   // Steps to the next record (the current one's row may be swapped out by the caller first).
   void next();
   // Ends the reading thread; the record set is left where it got to.
@@ -44,6 +44,7 @@ class ReadAhead {
 
  private:
   void readRow(Row& row);
+  Row* readCurrent();
 
   vb::Ref<ado::Recordset> rows_;
   std::vector<int32_t> columns_;

@@ -425,6 +425,7 @@ bool RecordMatcher::prepareMerge(const std::string& orderedBy, const vb::Ref<ado
 
 void RecordMatcher::startReading() {
   otherRows_ = std::make_unique<ReadAhead>(mergeRows_, mergeColumns_, tested_, columns_.size(), readAhead_);
+  otherKeyRead_ = false;
   if (otherRows_->threaded()) ++totals.readAhead;
 }
 
@@ -511,7 +512,9 @@ bool RecordMatcher::readGroup(int64_t key, const std::string& keyText) {
   groupUncertain_ = false;
   uncovered_.clear();
   while (ReadAhead::Row* row = otherRows_->current()) {
-    if (!readOtherKey(*row)) return false;
+    // The record the group before stopped at has its key read already.
+    if (!otherKeyRead_ && !readOtherKey(*row)) return false;
+    otherKeyRead_ = true;
     const int order = compareKeys(otherKey_, otherText_, key, keyText);
     if (order > 0) break;
     if (order == 0) {
@@ -529,6 +532,7 @@ bool RecordMatcher::readGroup(int64_t key, const std::string& keyText) {
       }
     }
     otherRows_->next();
+    otherKeyRead_ = false;
     ++otherRead_;
   }
   return true;
@@ -727,6 +731,7 @@ bool RecordMatcher::readRestOfOtherSide() {
       keepingOther_ = false;  // a record of the last group not read with it: let the walk read them
     }
     otherRows_->next();
+    otherKeyRead_ = false;
     ++otherRead_;
   }
   return true;
@@ -764,6 +769,7 @@ bool RecordMatcher::restInOrder() noexcept {
         break;
       }
       otherRows_->next();
+      otherKeyRead_ = false;
       ++otherRead_;
     }
   } catch (...) {

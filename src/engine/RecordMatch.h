@@ -311,6 +311,7 @@ class RecordMatcher {
   int64_t walkKey_ = 0;
   bool haveOtherKey_ = false;
   int64_t otherKey_ = 0;  // the key of the B record read last
+  bool otherKeyRead_ = false;  // ... which is otherRows_'s current record
   // Text keys (a text first column ordered and compared by its bytes on B's engine): the keys
   // are the texts beside these, and A's record's key and B's are read into scratch texts.
   bool textKeys_ = false;
