@@ -1051,10 +1051,8 @@ bool RecordMatcher::addOtherValue(const Column& column, const vb::Variant& value
     return true;
   }
   if (column.kind != Kind::Text) {
-    std::string part;
-    if (const auto integer = integerOf(value)) appendInteger(part, *integer);
-    else appendNumber(part, value.toDouble());
-    addToEveryKey(part);
+    if (const auto integer = integerOf(value)) addIntegerToEveryKey(*integer);
+    else addDoubleToEveryKey(value.toDouble());
     return true;
   }
   const std::string& text = value.asString();
@@ -1071,10 +1069,7 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
   }
   if (column.kind != Kind::Text) {
     if (auto integer = integerOf(value)) {
-      if (keyless_) return true;
-      std::string part;
-      appendInteger(part, *integer);
-      addToEveryKey(part);
+      if (!keyless_) addIntegerToEveryKey(*integer);
       return true;
     }
     if (value.type() != vb::VarType::Double) return false;
@@ -1084,10 +1079,7 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
     const auto read = literalReader_->DoubleLiteralValue(stored);
     if (!read) return false;
     if (std::memcmp(&stored, &*read, sizeof stored) != 0) ownExact_ = false;
-    if (keyless_) return true;
-    std::string part;
-    appendNumber(part, *read);
-    addToEveryKey(part);
+    if (!keyless_) addDoubleToEveryKey(*read);
     return true;
   }
   if (value.type() != vb::VarType::String) return false;
@@ -1104,6 +1096,18 @@ bool RecordMatcher::addOwnValue(const Column& column, const vb::Variant& value) 
   keys_->wildcard = keys_->wildcard || (column.compare == Compare::Like && traits.wildcard);
   addLooseText(column, text);
   return true;
+}
+
+void RecordMatcher::addIntegerToEveryKey(int64_t integer) {
+  std::string part;
+  appendInteger(part, integer);
+  addToEveryKey(part);
+}
+
+void RecordMatcher::addDoubleToEveryKey(double number) {
+  std::string part;
+  appendNumber(part, number);
+  addToEveryKey(part);
 }
 
 void RecordMatcher::addToEveryKey(std::string_view part) {

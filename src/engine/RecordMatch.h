@@ -261,6 +261,9 @@ class RecordMatcher {
   bool addOwnValue(const Column& column, const vb::Variant& value);
   // A part that is the same in the strict and both loose keys (Null, numbers).
   void addToEveryKey(std::string_view part);
+  // ... the part of an integer, and of a double.
+  void addIntegerToEveryKey(int64_t integer);
+  void addDoubleToEveryKey(double number);
   // The loose key parts of a text value, the same for both sides.
   void addLooseText(const Column& column, const std::string& text);
   void clearKeys();

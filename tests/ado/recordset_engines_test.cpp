@@ -51,6 +51,17 @@ class RecordsetOnEngine : public ::testing::TestWithParam<Engine> {
               std::to_string(i) + "')");
   }
 
+  // v(id, name, amount): four rows (a long text, Nulls, a short one, an empty one) and more, and
+  // a connection to it.
+  vb::Ref<Connection> valuesTable(TestDatabase& db, const std::string& moreRows = "") {
+    db.exec("CREATE TABLE v (id INTEGER, name VARCHAR(60), amount " + ddlFor(engine()).floating + ")");
+    db.exec("INSERT INTO v VALUES (1, 'a text longer than the sixteen bytes kept inline', 1.5), (2, NULL, NULL), "
+            "(3, 'short', -0.25), (4, '', 7)" + moreRows);
+    auto cn = vb::Ref<Connection>::make();
+    cn->Open(db.connectionString());
+    return cn;
+  }
+
   vb::Ref<Recordset> open(const vb::Ref<Connection>& cn, const std::string& source,
                           CursorTypeEnum cursor = adOpenStatic, LockTypeEnum lock = adLockReadOnly,
                           int32_t options = adCmdText) {
@@ -560,11 +571,7 @@ TEST_P(RecordsetOnEngine, SaveOntoAnExistingFileFailsAndLeavesItUnchanged) {
 
 TEST_P(RecordsetOnEngine, ValueIntoReadsWhatFieldValueReadsIntoTheSameVariantRowAfterRow) {
   ADO_TEST_DATABASE(db, engine());
-  db->exec("CREATE TABLE v (id INTEGER, name VARCHAR(60), amount " + ddlFor(engine()).floating + ")");
-  db->exec("INSERT INTO v VALUES (1, 'a text longer than the sixteen bytes kept inline', 1.5), (2, NULL, NULL), "
-           "(3, 'short', -0.25), (4, '', 7), (5, 'another text longer than sixteen bytes', 2.75)");
-  auto cn = vb::Ref<Connection>::make();
-  cn->Open(db->connectionString());
+  auto cn = valuesTable(*db, ", (5, 'another text longer than sixteen bytes', 2.75)");
   for (auto cursor : {adOpenForwardOnly, adOpenStatic}) {
     auto rs = open(cn, "select id, name, amount from v order by id", cursor);
     std::vector<vb::Variant> reused(3);
@@ -589,11 +596,7 @@ TEST_P(RecordsetOnEngine, ValueIntoReadsWhatFieldValueReadsIntoTheSameVariantRow
 
 TEST_P(RecordsetOnEngine, ValuesIntoReadsTheFieldsAskedIntoThePlacesAskedRowAfterRow) {
   ADO_TEST_DATABASE(db, engine());
-  db->exec("CREATE TABLE v (id INTEGER, name VARCHAR(60), amount " + ddlFor(engine()).floating + ")");
-  db->exec("INSERT INTO v VALUES (1, 'a text longer than the sixteen bytes kept inline', 1.5), (2, NULL, NULL), "
-           "(3, 'short', -0.25), (4, '', 7)");
-  auto cn = vb::Ref<Connection>::make();
-  cn->Open(db->connectionString());
+  auto cn = valuesTable(*db);
   const auto text = [](const vb::Variant& v) { return v.isNull() ? std::string("Null") : v.toText(); };
   for (auto cursor : {adOpenForwardOnly, adOpenStatic}) {
     auto rs = open(cn, "select id, name, amount from v order by id", cursor);
