@@ -1,6 +1,7 @@
 // The Access loader: libmdb reads the sample files into an in-memory SQLite database.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -308,6 +309,66 @@ TEST(JetLoader, TruncatedFileFailsWithAnError) {
   } catch (const vb::VBError& e) {
     EXPECT_EQ(e.number(), vb::errnum::ProviderError);
     EXPECT_NE(e.description().find(path), std::string::npos) << e.description();
+  }
+}
+
+namespace {
+
+// nwind.mdb with the given bytes overwritten, written to dir.
+std::string damagedNwind(const TempDir& dir, const std::vector<std::pair<size_t, unsigned char>>& changes,
+                         const std::string& name = "damaged.mdb") {
+  auto bytes = fileBytes((varsentix::testing::sharedDataDir() / "nwind.mdb").string());
+  for (const auto& [offset, value] : changes) bytes.at(offset) = static_cast<char>(value);
+  std::string path = dir.file(name);
+  std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return path;
+}
+
+}  // namespace
+
+// One byte of a table definition makes libmdb give up reading the table's indexes and leave
+// them missing; the loader must not walk them.
+TEST(JetLoader, ATableWhoseIndexesCannotBeReadFailsWithAnError) {
+  TempDir dir;
+  for (auto change : {std::pair<size_t, unsigned char>{432159, 0xE5}, {1126429, 0x56}}) {
+    std::string path = damagedNwind(dir, {change}, "index" + std::to_string(change.first) + ".mdb");
+    try {
+      loadAccessFile(path, "");
+      FAIL() << "no error for the byte at " << change.first;
+    } catch (const vb::VBError& e) {
+      EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+      EXPECT_NE(e.description().find("Cannot read the indexes of the table"), std::string::npos)
+          << e.description();
+      EXPECT_NE(e.description().find(path), std::string::npos) << e.description();
+    }
+  }
+}
+
+// Damaged table definitions, chosen by a fixed sequence: each load ends with the file loaded or
+// with the system's own error, never with a crash or another exception.
+TEST(JetLoader, DamagedTableDefinitionsEndInLoadOrError) {
+  TempDir dir;
+  auto original = fileBytes((varsentix::testing::sharedDataDir() / "nwind.mdb").string());
+  constexpr size_t kPage = 2048;  // JET3
+  std::vector<size_t> definitionPages;
+  for (size_t page = 0; page * kPage < original.size(); ++page)
+    if (original[page * kPage] == 0x02) definitionPages.push_back(page);
+  ASSERT_FALSE(definitionPages.empty());
+  uint32_t state = 12345;
+  auto next = [&] { return state = state * 1103515245u + 12345u, state >> 8; };
+  for (int round = 0; round < 25; ++round) {
+    std::vector<std::pair<size_t, unsigned char>> changes;
+    for (int k = 0; k < 3; ++k) {
+      size_t page = definitionPages[next() % definitionPages.size()];
+      changes.emplace_back(page * kPage + next() % kPage, static_cast<unsigned char>(next()));
+    }
+    std::string path = damagedNwind(dir, changes);
+    try {
+      loadAccessFile(path, "");
+    } catch (const vb::VBError&) {
+      // a clear error is an answer too
+    }
+    std::filesystem::remove(path);
   }
 }
 

@@ -216,8 +216,10 @@ vb::Variant valueOf(MdbHandle* mdb, const JetColumn& column, const MdbField& fie
   AccessType type = column.type;
   if (type == AccessType::Boolean) return vb::Variant(field.is_null == 0);  // kept in the null mask
   if (field.is_null) return vb::Variant::null();
-  const unsigned char* p = mdb->pg_buf + field.start;
   size_t length = field.siz > 0 ? static_cast<size_t>(field.siz) : 0;
+  if (field.start < 0 || static_cast<size_t>(field.start) + length > static_cast<size_t>(mdb->fmt->pg_size))
+    raiseProvider("A value of the column '" + column.name + "' lies outside its page: the file is damaged.");
+  const unsigned char* p = mdb->pg_buf + field.start;
   if (length < fixedSize(type)) return vb::Variant::null();
   switch (type) {
     case AccessType::Byte: return vb::Variant(static_cast<int16_t>(p[0]));
@@ -292,13 +294,19 @@ JetColumn describeColumn(const MdbHandle* mdb, const MdbColumn& column) {
   return result;
 }
 
-// The primary-key index's columns, matched by the column numbers the index stores.
-void readPrimaryKey(MdbTableDef* table, JetTable& out) {
+// The primary-key index's columns, matched by the column numbers the index stores. libmdb's
+// mdb_read_indices returns null also when it succeeds; a failed read leaves the table's index
+// array missing or shorter than its count of indexes.
+void readPrimaryKey(MdbTableDef* table, JetTable& out, const std::string& path) {
+  if (table->num_idxs == 0) return;
+  if (table->indices == nullptr || table->indices->len < table->num_idxs)
+    raiseProvider("Cannot read the indexes of the table '" + out.name + "' of the Access file '" +
+                  path + "': the file is damaged.");
   for (unsigned i = 0; i < table->num_idxs; ++i) {
     auto* index = static_cast<MdbIndex*>(g_ptr_array_index(table->indices, i));
-    if (index->index_type != 1) continue;
+    if (index == nullptr || index->index_type != 1) continue;
     out.primaryKeyName = index->name;
-    for (unsigned k = 0; k < index->num_keys; ++k) {
+    for (unsigned k = 0; k < index->num_keys && k < MDB_MAX_IDX_COLS; ++k) {
       int number = index->key_col_num[k] - 1;
       const MdbColumn* found = nullptr;
       for (unsigned c = 0; c < table->num_cols && !found; ++c)
@@ -430,13 +438,16 @@ JetCatalog MdbFile::readCatalog() {
     if (!table || !mdb_read_columns(table.get()))
       raiseProvider("Cannot read the table '" + std::string(entry->object_name) +
                     "' of the Access file '" + impl_->path + "'.");
+    if (table->columns == nullptr || table->columns->len < table->num_cols)
+      raiseProvider("Cannot read the table '" + std::string(entry->object_name) +
+                    "' of the Access file '" + impl_->path + "'.");
     mdb_read_indices(table.get());
     JetTable described;
     described.name = entry->object_name;
     described.kind = kindOf(*entry);
     for (unsigned c = 0; c < table->num_cols; ++c)
       described.columns.push_back(describeColumn(mdb, *columnAt(table.get(), c)));
-    readPrimaryKey(table.get(), described);
+    readPrimaryKey(table.get(), described, impl_->path);
     catalog.tables.push_back(std::move(described));
   }
   readObjectDates(catalog);
