@@ -622,3 +622,22 @@ TEST(SqliteProvider, ARecordSetReadingItsRowsAheadOnAThreadGivesTheSameRowsInTur
   rs->Close();
   EXPECT_EQ(cn->Execute("select max([n]) from [k]")->field(0).Value().toInt64(), 5000);
 }
+
+TEST(SqliteProvider, ADateWhoseYearIsPastThe32BitRangeIsShownAsItIsWritten) {
+  TempDir dir;
+  std::string path = emptyDatabase(dir);
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  cn->Execute("CREATE TABLE [d] ([id] INTEGER PRIMARY KEY, [at] DATETIME, [on] DATE)");
+  cn->Execute("INSERT INTO [d] VALUES (1, '99999999999-01-01 00:00:00', '2147483648-12-31')");
+  cn->Execute("INSERT INTO [d] VALUES (2, '2024-01-31 10:20:30', '2024-01-31')");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open("SELECT * FROM [d] ORDER BY [id]", cn, adOpenStatic, adLockReadOnly, adCmdText);
+  ASSERT_FALSE(rs->isEOF());
+  EXPECT_EQ(rs->field("at").Value().toText(), "99999999999-01-01 00:00:00");
+  EXPECT_EQ(rs->field("on").Value().toText(), "2147483648-12-31");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field("at").Value().toText(), "2024-01-31 10:20:30");
+  rs->MoveNext();
+  EXPECT_TRUE(rs->isEOF());
+}

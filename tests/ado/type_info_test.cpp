@@ -78,3 +78,46 @@ TEST(TypeInfo, ActualSizeIsBytesForTextAndBinaryAndFixedOtherwise) {
   EXPECT_EQ(actualSizeOf(adInteger, vb::Variant(int32_t{5})), 4);
   EXPECT_EQ(actualSizeOf(adVarWChar, vb::Variant::null()), 0);
 }
+
+TEST(TypeInfo, CurrencyPastItsRangeIsAnOverflowAndItsEndsAreExact) {
+  using ado::detail::variantFromText;
+  EXPECT_EQ(variantFromText(adCurrency, "922337203685477.5807").toText(), "922337203685477.5807");
+  EXPECT_EQ(variantFromText(adCurrency, "-922337203685477.5808").toText(), "-922337203685477.5808");
+  EXPECT_EQ(variantFromText(adCurrency, "0.123456").toText(), "0.1234");
+  EXPECT_EQ(variantFromText(adCurrency, "+000000000000000000000012.5").toText(), "12.5");
+  for (const char* text : {"922337203685477.5808", "922337203685477.9999", "-922337203685477.5809",
+                           "-922337203685477.9999", "9999999999999999", "99999999999999999999999"}) {
+    try {
+      variantFromText(adCurrency, text);
+      ADD_FAILURE() << text << " gave no error";
+    } catch (const vb::VBError& e) {
+      EXPECT_EQ(e.number(), vb::errnum::Overflow) << text;
+    }
+  }
+}
+
+TEST(TypeInfo, ASinglePastItsRangeIsAnOverflow) {
+  using ado::detail::variantFromText;
+  EXPECT_EQ(variantFromText(adSingle, "1.5").toText(), "1.5");
+  for (const char* text : {"1e39", "-1e300", "3.5e38"}) {
+    try {
+      variantFromText(adSingle, text);
+      ADD_FAILURE() << text << " gave no error";
+    } catch (const vb::VBError& e) {
+      EXPECT_EQ(e.number(), vb::errnum::Overflow) << text;
+    }
+  }
+}
+
+TEST(TypeInfo, ADateWhoseYearIsPastThe32BitRangeIsATypeMismatch) {
+  using ado::detail::variantFromText;
+  EXPECT_EQ(variantFromText(adDBTimeStamp, "2147483647-01-02 03:04:05").toText(), "2147483647-01-02 03:04:05");
+  for (const char* text : {"2147483648-01-01", "99999999999999999999-01-01T00:00:00", "-2147483649-01-01"}) {
+    try {
+      variantFromText(adDBTimeStamp, text);
+      ADD_FAILURE() << text << " gave no error";
+    } catch (const vb::VBError& e) {
+      EXPECT_EQ(e.number(), vb::errnum::TypeMismatch) << text;
+    }
+  }
+}

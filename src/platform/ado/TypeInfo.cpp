@@ -47,31 +47,33 @@ vb::Bytes bytesFromHex(const std::string& text) {
   return bytes;
 }
 
+// Text to Currency: four decimals kept (more are cut), 6 "Overflow" outside
+// -922,337,203,685,477.5808..922,337,203,685,477.5807.
 vb::Currency currencyFromText(const std::string& text) {
   if (!isDecimalText(text)) vb::raiseError(vb::errnum::TypeMismatch);
   bool negative = text[0] == '-';
   size_t i = (text[0] == '-' || text[0] == '+') ? 1 : 0;
-  int64_t whole = 0, fraction = 0;
+  // The magnitude in ten-thousandths, counted towards the sign's end so that the most negative
+  // amount fits: every step is checked.
+  int64_t scaled = 0;
   int fractionDigits = 0;
   bool point = false;
+  auto add = [&](int digit) {
+    if (__builtin_mul_overflow(scaled, int64_t{10}, &scaled) ||
+        __builtin_add_overflow(scaled, negative ? -digit : digit, &scaled))
+      vb::raiseError(vb::errnum::Overflow);
+  };
   for (; i < text.size(); ++i) {
     if (text[i] == '.') {
       point = true;
       continue;
     }
-    int digit = text[i] - '0';
-    if (!point) {
-      if (whole > (std::numeric_limits<int64_t>::max() / 10000 - digit) / 10)
-        vb::raiseError(vb::errnum::Overflow);
-      whole = whole * 10 + digit;
-    } else if (fractionDigits < 4) {
-      fraction = fraction * 10 + digit;
-      ++fractionDigits;
-    }
+    if (point && fractionDigits == 4) continue;
+    add(text[i] - '0');
+    if (point) ++fractionDigits;
   }
-  while (fractionDigits++ < 4) fraction *= 10;
-  int64_t scaled = whole * 10000 + fraction;
-  return vb::Currency{negative ? -scaled : scaled};
+  while (fractionDigits++ < 4) add(0);
+  return vb::Currency{scaled};
 }
 
 vb::DateTime dateFromText(DataTypeEnum type, const std::string& text) {
@@ -177,7 +179,12 @@ vb::Variant variantFromText(DataTypeEnum type, const std::string& text) {
     case adUnsignedInt:
     case adBigInt:
     case adUnsignedBigInt: return integerFromText(text);
-    case adSingle: return static_cast<float>(vb::CDbl(text));
+    case adSingle: {
+      double value = vb::CDbl(text);
+      if (std::isfinite(value) && std::fabs(value) > std::numeric_limits<float>::max())
+        vb::raiseError(vb::errnum::Overflow);
+      return static_cast<float>(value);
+    }
     case adDouble: return vb::CDbl(text);
     case adCurrency: return currencyFromText(text);
     case adNumeric:

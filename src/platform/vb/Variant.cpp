@@ -1,5 +1,6 @@
 #include "varsentix/platform/vb/Variant.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -76,7 +77,10 @@ bool readDate(const std::string& text, size_t& pos, DateTime& dt) {
   size_t start = pos;
   while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') ++pos;
   if (pos - start < 4) return false;
-  int year = std::stoi(text.substr(start, pos - start));
+  // A year past the 32-bit range is no date the system holds (and no exception of the library).
+  int32_t year = 0;
+  auto [end, error] = std::from_chars(text.data() + start, text.data() + pos, year);
+  if (error != std::errc() || end != text.data() + pos) return false;
   int month = 0, day = 0;
   if (pos >= text.size() || text[pos++] != '-' || !readInt(text, pos, 2, month)) return false;
   if (pos >= text.size() || text[pos++] != '-' || !readInt(text, pos, 2, day)) return false;
