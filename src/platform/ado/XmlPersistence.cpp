@@ -91,14 +91,37 @@ DataTypeEnum adoTypeOf(const std::string& type, const std::string& dbType, bool 
   return isLong ? adLongVarWChar : fixedLength ? adWChar : adVarWChar;
 }
 
+// Whether expat, as the reader runs it, takes name as the name of an attribute. Names with
+// characters outside ASCII are asked of it: which of those XML allows differs between editions
+// of the standard (U+00D7 is none; characters outside the Basic Multilingual Plane are none for
+// expat), and a name the reader refuses would leave a file that cannot be read again.
+bool expatTakesAttributeName(const std::string& name) {
+  std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> parser(
+      XML_ParserCreateNS("UTF-8", '|'), &XML_ParserFree);
+  if (!parser) return false;
+  std::string document = "<r " + name + "='1'/>";
+  return XML_Parse(parser.get(), document.data(), static_cast<int>(document.size()), XML_TRUE) ==
+         XML_STATUS_OK;
+}
+
 // An XML name ADO can use as the attribute of a column; others are written as c<n>.
 bool isXmlName(const std::string& name) {
   if (name.empty() || (name.size() >= 3 && vb::LCase(name.substr(0, 3)) == "xml")) return false;
-  auto letter = [](unsigned char c) { return std::isalpha(c) || c == '_' || c >= 0x80; };
-  if (!letter(static_cast<unsigned char>(name[0]))) return false;
-  for (unsigned char c : name)
-    if (!(letter(c) || std::isdigit(c) || c == '-' || c == '.')) return false;
-  return true;
+  auto asciiLetter = [](unsigned char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+  };
+  auto asciiDigit = [](unsigned char c) { return c >= '0' && c <= '9'; };
+  unsigned char first = static_cast<unsigned char>(name[0]);
+  if (first < 0x80 && !asciiLetter(first)) return false;
+  bool ascii = true;
+  for (unsigned char c : name) {
+    if (c >= 0x80) {
+      ascii = false;
+    } else if (!(asciiLetter(c) || asciiDigit(c) || c == '-' || c == '.')) {
+      return false;
+    }
+  }
+  return ascii || (name.size() < 1024 && expatTakesAttributeName(name));
 }
 
 // Length of the valid UTF-8 sequence at text[i] that XML accepts, or 0.
@@ -186,10 +209,15 @@ XmlRowsetWriter::XmlRowsetWriter(std::FILE* out, std::vector<ColumnInfo> columns
       "\t<s:ElementType name='row' content='eltOnly'" + (updatable ? " rs:updatable='true'" : "") +
       ">\n";
   std::vector<std::string> used;
+  auto isUsed = [&](const std::string& name) {
+    return std::find(used.begin(), used.end(), name) != used.end();
+  };
   for (size_t i = 0; i < columns_.size(); ++i) {
     const ColumnInfo& c = columns_[i];
-    bool plain = isXmlName(c.name) && std::find(used.begin(), used.end(), c.name) == used.end();
+    bool plain = isXmlName(c.name) && !isUsed(c.name);
     std::string xmlName = plain ? c.name : "c" + std::to_string(i);
+    // A generated name may be the plain name of an earlier column ("c1" beside "a b").
+    for (int k = 1; !plain && isUsed(xmlName); ++k) xmlName = "c" + std::to_string(i) + "_" + std::to_string(k);
     used.push_back(xmlName);
     attributeNames_.push_back(xmlName);
     head += "\t\t<s:AttributeType" + attribute("name", xmlName);
@@ -263,7 +291,14 @@ struct Reader {
   std::unordered_map<std::string, size_t> byXmlName;
   std::vector<std::string> path;                  // element names, namespace|local
   bool carriers = false;
-  std::string error;
+  XML_Parser parser = nullptr;
+  std::string error;  // why the file is refused, with its line; the first reason found
+
+  void refuse(const std::string& why) {
+    if (!error.empty()) return;
+    error = why + " at line " + std::to_string(XML_GetCurrentLineNumber(parser));
+    XML_StopParser(parser, XML_FALSE);
+  }
 
   static std::string ns(const char* uri, const char* local) { return std::string(uri) + "|" + local; }
 
@@ -287,19 +322,25 @@ struct Reader {
   }
 
   void attributeType(const char** atts) {
+    // Rows already read have no value for a column declared after them.
+    if (!result.rows.empty()) return refuse("a column is declared after the rows");
     ColumnInfo c;
     std::string xmlName;
+    bool ownName = false;  // rs:name: the column's name when name holds a generated one
     int number = static_cast<int>(result.columns.size()) + 1;
     for (size_t i = 0; atts[i] != nullptr; i += 2) {
       std::string name = atts[i], value = restore(atts[i + 1]);
       if (name == "name") xmlName = value;
-      else if (name == ns(kNsRs, "name")) c.name = value;
+      else if (name == ns(kNsRs, "name")) {
+        c.name = value;
+        ownName = true;
+      }
       else if (name == ns(kNsRs, "number")) number = numberOf(value);
       else if (name == ns(kNsRs, "basetable")) c.baseTable = value;
       else if (name == ns(kNsRs, "basecolumn")) c.baseColumn = value;
       else if (name == ns(kNsRs, "nullable")) c.nullable = vb::LCase(value) == "true";
     }
-    if (c.name.empty()) c.name = xmlName;
+    if (!ownName) c.name = xmlName;
     byXmlName[xmlName] = result.columns.size();
     result.columns.push_back(c);
     numbers.push_back(number);
@@ -371,7 +412,7 @@ struct Reader {
     result.columns = std::move(columns);
     for (auto& r : result.rows) {
       Row reordered;
-      for (size_t i : index) reordered.push_back(r[i]);
+      for (size_t i : index) reordered.push_back(i < r.size() ? r[i] : vb::Variant::null());
       r = std::move(reordered);
     }
   }
@@ -415,12 +456,16 @@ PersistedRowset readXmlRowset(const std::string& path) {
   if (!in) vb::raiseError(vb::errnum::FileNotFound, "File not found: " + path, kSource);
   std::stringstream content;
   content << in.rdbuf();
-  std::string text = content.str();
+  return readXmlRowsetText(content.str(), path);
+}
 
+PersistedRowset readXmlRowsetText(std::string text, const std::string& path) {
   Reader reader;
   reader.carriers = carryControlCharacters(text);
   std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> parser(
       XML_ParserCreateNS("UTF-8", '|'), &XML_ParserFree);
+  if (!parser) vb::raiseError(vb::errnum::OutOfMemory);
+  reader.parser = parser.get();
   XML_SetUserData(parser.get(), &reader);
   XML_SetElementHandler(
       parser.get(),
@@ -428,13 +473,25 @@ PersistedRowset readXmlRowset(const std::string& path) {
         static_cast<Reader*>(data)->start(name, atts);
       },
       [](void* data, const XML_Char*) { static_cast<Reader*>(data)->path.pop_back(); });
-  if (XML_Parse(parser.get(), text.data(), static_cast<int>(text.size()), XML_TRUE) ==
-      XML_STATUS_ERROR) {
-    std::string message = std::string("The file is not a persisted record set: ") +
-                          XML_ErrorString(XML_GetErrorCode(parser.get())) + " at line " +
-                          std::to_string(XML_GetCurrentLineNumber(parser.get())) + " of " + path;
-    vb::raiseError(vb::errnum::ProviderError, message, kSource);
+  auto refused = [&](const std::string& why) {
+    vb::raiseError(vb::errnum::ProviderError,
+                   "The file is not a persisted record set: " + why + " of " + path, kSource);
+  };
+  // In pieces: XML_Parse takes a length of type int.
+  constexpr size_t kPiece = 1 << 24;
+  for (size_t at = 0;;) {
+    size_t length = std::min(kPiece, text.size() - at);
+    bool last = at + length == text.size();
+    if (XML_Parse(parser.get(), text.data() + at, static_cast<int>(length), last ? XML_TRUE : XML_FALSE) !=
+        XML_STATUS_OK) {
+      if (!reader.error.empty()) refused(reader.error);
+      refused(std::string(XML_ErrorString(XML_GetErrorCode(parser.get()))) + " at line " +
+              std::to_string(XML_GetCurrentLineNumber(parser.get())));
+    }
+    at += length;
+    if (last) break;
   }
+  if (!reader.error.empty()) refused(reader.error);
   if (reader.result.columns.empty())
     vb::raiseError(vb::errnum::ProviderError,
                    "The file is not a persisted record set: it has no schema section: " + path,

@@ -42,6 +42,8 @@ std::string persistedText(DataTypeEnum type, const vb::Variant& value);
 // Reads a persisted file. Raises 53 for a missing file, ProviderError naming the line for a
 // file that is not in the format.
 PersistedRowset readXmlRowset(const std::string& path);
+// The same for the content of a file; path only names it in messages.
+PersistedRowset readXmlRowsetText(std::string text, const std::string& path);
 
 // Escapes text for a single-quoted XML attribute value (&, <, >, ', ", control characters as
 // character references; invalid UTF-8 bytes become U+FFFD).
