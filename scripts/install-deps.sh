@@ -18,6 +18,7 @@ if [[ "${1:-}" == "--test" ]]; then
     libgtest-dev libgmock-dev
     postgresql mariadb-server mariadb-client
     sqlite3-tools
+    clang libclang-rt-14-dev  # the libFuzzer harnesses of fuzz/ (scripts/fuzz.sh)
   )
 fi
 

@@ -19,5 +19,17 @@ cmake --build "$build" -j"$(nproc)"
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1}
 export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$PWD/tests/lsan.supp}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
+# The fuzz harnesses (docs/fuzzing.md), about a minute each, two at a time, in their own clang
+# build; VARSENTIX_FUZZ_SECONDS=0 leaves them out. They run before the suite so that its summary
+# closes the output; a finding fails the run once the suite has run.
+fuzz_status=0
+fuzz_seconds=${VARSENTIX_FUZZ_SECONDS:-60}
+if [[ "$fuzz_seconds" != 0 ]]; then
+  scripts/fuzz.sh "$fuzz_seconds" || fuzz_status=$?
+fi
 cd "$build"
 ctest --output-on-failure -j"$(nproc)"
+if [[ $fuzz_status -ne 0 ]]; then
+  echo "The fuzz harnesses found something: see the lines starting with 'fuzz' above." >&2
+  exit "$fuzz_status"
+fi
