@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -413,3 +414,18 @@ TEST(AccessDates, TheFractionIsTheTimeOfDayOnBothSidesOfDayZero) {
 }
 
 }  // namespace
+
+// Found by fuzzing: a damaged date value converted to an integer outside its range.
+TEST(AccessDates, AValueNoCalendarCanHoldIsAnErrorOfTheFile) {
+  for (double value : {6.87196e+206, -1e300, std::numeric_limits<double>::infinity(),
+                       std::numeric_limits<double>::quiet_NaN()}) {
+    try {
+      accessDateToDateTime(value);
+      ADD_FAILURE() << value << " gave no error";
+    } catch (const vb::VBError& e) {
+      EXPECT_EQ(e.number(), vb::errnum::ProviderError);
+      EXPECT_NE(e.description().find("out of range"), std::string::npos) << e.description();
+    }
+  }
+  EXPECT_EQ(accessDateToDateTime(2958465.0).toText(), "9999-12-31 00:00:00");
+}

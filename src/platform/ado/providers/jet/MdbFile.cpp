@@ -364,7 +364,10 @@ const JetTable* JetCatalog::findTable(const std::string& name) const {
 
 vb::DateTime accessDateToDateTime(double value) {
   // Whole days count from 1899-12-30; the fraction's magnitude is the time of day, also for
-  // days before it (-1.25 is 1899-12-29 06:00).
+  // days before it (-1.25 is 1899-12-29 06:00). Far past what Access stores (years 100..9999)
+  // a value is damage, not a date.
+  if (!std::isfinite(value) || std::fabs(value) > 1e11)
+    raiseProvider("A date/time value of the Access file is out of range: the file is damaged.");
   double day = std::trunc(value);
   int64_t seconds = std::llround(std::fabs(value - day) * 86400.0);
   int64_t days = static_cast<int64_t>(day) + seconds / 86400;
