@@ -186,6 +186,30 @@ TEST_P(ReadOnlyCompare, ReadOnlyModeIsTheEnginesAndComesAndGoes) {
   EXPECT_EQ(db->scalar("SELECT COUNT(*) FROM people"), "2");
 }
 
+TEST_P(ReadOnlyCompare, ReadOnlyModeHoldsAlsoBesideARecordSetOpenedBeforeIt) {
+  VARSENTIX_TEST_DATABASE(db, GetParam());
+  fillSide(*db, 2500, 0);  // more rows than a driver fetches in one block
+  auto connection = vb::Ref<ado::Connection>::make();
+  connection->Open(db->connectionString());
+  // A record set still reading when the mode comes (on PostgreSQL its cursor keeps a transaction
+  // open, which the session's mode alone would leave read-write).
+  auto rows = connection->Execute("SELECT id FROM people ORDER BY id");
+  ASSERT_FALSE(rows->isEOF());
+  connection->SetReadOnly(true);
+  try {
+    connection->Execute("UPDATE people SET v = 'written' WHERE id = 3");
+    ADD_FAILURE() << "the write went through";
+  } catch (const vb::VBError& error) {
+    EXPECT_TRUE(refusedByTheEngine(GetParam(), error));
+  }
+  rows->MoveNext();
+  EXPECT_FALSE(rows->isEOF());
+  rows->Close();
+  connection->SetReadOnly(false);
+  connection->Execute("UPDATE people SET v = 'written' WHERE id = 3");
+  EXPECT_EQ(db->scalar("SELECT v FROM people WHERE id = 3"), "written");
+}
+
 TEST_P(ReadOnlyCompare, AConnectionOpenedWithModeReadNeverWrites) {
   VARSENTIX_TEST_DATABASE(db, GetParam());
   fillSide(*db, 2, 0);
