@@ -729,6 +729,7 @@ bool SqliteSession::setReadOnly(bool readOnly) {
   const int rc = sqlite3_exec(db_, readOnly ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0", nullptr,
                               nullptr, nullptr);
   if (rc != SQLITE_OK) raiseLastError(rc);
+  queryOnly_ = readOnly;
   return true;
 }
 
@@ -747,7 +748,8 @@ std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeS
   if (!stmt) raiseFor(nullptr, SQLITE_ERROR, options_.providerName);  // blank text
   if (!sqlite3_stmt_readonly(stmt.get())) {
     checkWritable();
-    noteWritten();  // a statement that writes as it returns rows
+    // A statement that writes as it returns rows (unless the engine is to refuse it).
+    if (!queryOnly_ && !readingOnly_) noteWritten();
   }
   return std::make_unique<SqliteCursor>(db_, std::move(stmt), *this);
 }

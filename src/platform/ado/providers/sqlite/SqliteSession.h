@@ -128,6 +128,7 @@ class SqliteSession : public ProviderSession {
   Options options_;
   int transactionDepth_ = 0;
   bool readingOnly_ = false;  // the file was opened read-only
+  bool queryOnly_ = false;    // PRAGMA query_only is on (setReadOnly)
   bool written_ = false;      // a statement of the session changed the database
   // "SELECT CAST(?1 AS REAL)", prepared on first use: SQLite's own reading of a numeric
   // literal, which is not always the nearest double.
