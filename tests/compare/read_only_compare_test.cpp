@@ -334,8 +334,17 @@ TEST(ReadOnlyCompareWal, ASingleTableCompareLeavesTheFileAndItsWalByteForByte) {
     Varsenti control;
     auto m = preparedSide(WalPair::connectionString(pair.master), "people");
     auto s = preparedSide(WalPair::connectionString(pair.source), "people");
+    int refused = 0;
+    control.UpdateCount.connect([&](int32_t&, int32_t&, std::string&) {
+      try {
+        m->getDatabaseConnection()->Execute("UPDATE canary SET note = 'written by a compare'");
+      } catch (const vb::VBError&) {
+        ++refused;  // and the session that tried still leaves the WAL alone
+      }
+    });
     ASSERT_TRUE(control.beginTableCompareFromFieldListFromDBManager(m, s));
     EXPECT_NE(recordWith(control, true, "v", "in master"), 0);
+    EXPECT_GT(refused, 0);
   }
   pair.expectUnchanged();
   EXPECT_EQ(WalPair::audit(pair.master), "0");
