@@ -116,6 +116,10 @@ ResolvedSide resolveSide(Varsenti& control, const std::string& argument, const s
   }
   if (!user.empty()) control.addUserIDToConnectionString(user, side.connectionString);
   if (!password.empty()) control.addPasswordToConnectionString(password, side.connectionString);
+  // The program only compares: both sides open for reading only (a later Mode key wins over one
+  // the user gave), so that neither database can change, whatever the engine.
+  if (!side.connectionString.empty() && side.connectionString.back() != ';') side.connectionString += ';';
+  side.connectionString += "Mode=Read";
   return side;
 }
 

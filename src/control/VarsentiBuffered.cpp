@@ -1,4 +1,5 @@
 // Buffered record comparison and record matching by primary key.
+#include "control/CompareReadOnly.h"
 #include "engine/Engine.h"
 #include "varsentix/control/Varsenti.h"
 
@@ -8,6 +9,9 @@ bool Varsenti::getBufferedResults() {
   // No handler and no clearing of messages: a failure fails the call.
   auto master = getMasterDataManager();
   auto source = getSourceDataManager();
+  control::CompareReadOnly readOnly;  // a compare only reads
+  readOnly.cover(*master);
+  readOnly.cover(*source);
   int32_t start = getStartPoint();
   int32_t amount = getBufferedAmount();
   engine::compareRecordWindow(*master, *source, *this, "Reading Original", start, amount);

@@ -1,5 +1,7 @@
 // The control's compare entry points: each prepares the two sides, runs the engine in its fixed
-// order and, when both sides hold rows, publishes their result collections.
+// order and, when both sides hold rows, publishes their result collections. A compare only
+// reads: the sides' connections are read-only while it runs (CompareReadOnly).
+#include "control/CompareReadOnly.h"
 #include "engine/Engine.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/platform/ui/Hooks.h"
@@ -58,12 +60,15 @@ void Varsenti::saveSidesToXml(clsDBManager& master, clsDBManager& source) {
 
 bool Varsenti::getTables(const std::string& masterConnectionString,
                          const std::string& sourceConnectionString) {
+  control::CompareReadOnly readOnly;
   vb::ResumeNext onError;
   bool result = false;
   onError([&] { getMasterDataManager()->initializeValues(); });
+  onError([&] { readOnly.cover(*getMasterDataManager()); });
   onError([&] { getMasterDataManager()->setConnectionString(masterConnectionString); });
   onError([&] { getMasterDataManager()->openDatabaseConnection(); });
   onError([&] { getSourceDataManager()->initializeValues(); });
+  onError([&] { readOnly.cover(*getSourceDataManager()); });
   onError([&] { getSourceDataManager()->setConnectionString(sourceConnectionString); });
   onError([&] { getSourceDataManager()->openDatabaseConnection(); });
   onError([&] { engine::openAllTableStructures(*getMasterDataManager()); });
@@ -76,13 +81,16 @@ bool Varsenti::beginFullDatabaseCompare(const std::string& masterConnectionStrin
                                         const std::string& sourceConnectionString,
                                         const bool& listObjectsOnly) {
   try {
+    control::CompareReadOnly readOnly;
     auto master = getMasterDataManager();
     master->initializeValues();
+    readOnly.cover(*master);
     master->setConnectionString(masterConnectionString);
     master->openDatabaseConnection();
     master->setListDBObjectsOnly(listObjectsOnly);
     auto source = getSourceDataManager();
     source->initializeValues();
+    readOnly.cover(*source);
     source->setConnectionString(sourceConnectionString);
     // The source side gets the flag before its connection opens, the master side after.
     source->setListDBObjectsOnly(listObjectsOnly);
@@ -127,13 +135,16 @@ bool Varsenti::beginTableFullDataCompare(const std::string& masterConnectionStri
                                          const std::string& tableName, const std::string& tableType) {
   try {
     clearSideMessages();
+    control::CompareReadOnly readOnly;
     auto master = getMasterDataManager();
     master->initializeValues();
+    readOnly.cover(*master);
     master->setConnectionString(masterConnectionString);
     master->setTableName(tableName);
     master->setTableDataType(tableType);
     auto source = getSourceDataManager();
     source->initializeValues();
+    readOnly.cover(*source);
     source->setConnectionString(sourceConnectionString);
     source->setTableName(tableName);
     source->setTableDataType("Table");  // the caller's type is for the master side only
@@ -157,13 +168,16 @@ bool Varsenti::beginTablebaseCompare(const std::string& masterConnectionString,
   (void)tableType;  // ignored: both sides are "TABLE"
   try {
     clearSideMessages();
+    control::CompareReadOnly readOnly;
     auto master = freshManager();
     auto source = freshManager();
     master->initializeValues();
+    readOnly.cover(*master);
     master->setConnectionString(masterConnectionString);
     master->setTableName(tableName);
     master->setTableDataType("TABLE");
     source->initializeValues();
+    readOnly.cover(*source);
     master->openDatabaseConnection();
     source->setConnectionString(sourceConnectionString);
     source->setTableName(tableName);
@@ -187,6 +201,9 @@ bool Varsenti::beginTableCompareFromDBManagers(const vb::Ref<clsDBManager>& mast
                                                const vb::Ref<clsDBManager>& sourceDatamanager) {
   try {
     clearSideMessages();
+    control::CompareReadOnly readOnly;
+    readOnly.cover(*masterDatamanager);
+    readOnly.cover(*sourceDatamanager);
     engine::openTableStructureFromFieldList(*masterDatamanager);
     engine::openTableStructureFromFieldList(*sourceDatamanager);
     engine::compareTableRecordsBothWays(*masterDatamanager, *sourceDatamanager);
@@ -242,6 +259,9 @@ bool Varsenti::beginTableCompareFromFieldListFromDbManagers() {
     ui::DoEvents();  // the host's pending messages are processed once
     auto master = getMasterDataManager();
     auto source = getSourceDataManager();
+    control::CompareReadOnly readOnly;
+    readOnly.cover(*master);
+    readOnly.cover(*source);
     engine::openTableStructureFromFieldList(*master);
     engine::openTableStructureFromFieldList(*source);
     engine::compareBufferedRecordsBothWays(*master, *source, *this, kReadingOriginal, kReadingModified);

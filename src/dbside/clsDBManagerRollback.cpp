@@ -66,6 +66,7 @@ bool clsDBManager::openRollbackRecord() {
 
 bool clsDBManager::rollback(const bool& isMaster, const std::string& rollbackSql) {
   try {
+    ado::ReadOnlyScope writable(data().accessCn(), false);  // a write of the record operations
     data().closeRecordSet();
     ui::MsgBox("test 2");
     if (!checkFileExist(isMaster)) return false;

@@ -9,6 +9,9 @@ namespace varsentix {
 
 bool clsDBManager::adoAddNewRecord(clsDBManager& dataManager2) {
   try {
+    // A write of the record operations: allowed for its own statements also while a compare
+    // holds the connection read-only (not on a connection opened for reading only).
+    ado::ReadOnlyScope writable(data().accessCn(), false);
     data().closeRecordSet();
     returnSQLMessage_ = "Successfully Completed";
     auto& records = openFirstRecordSetForWriting("[" + tableName_ + "]", ado::adCmdTable);
@@ -31,6 +34,7 @@ bool clsDBManager::adoAddNewRecord(clsDBManager& dataManager2) {
 
 bool clsDBManager::adoUpdateRecord(clsDBManager& dataManager2, const bool& isMaster, const std::string& FileName) {
   try {
+    ado::ReadOnlyScope writable(data().accessCn(), false);  // as in adoAddNewRecord
     data().closeRecordSet();
     returnSQLMessage_ = "Successfully Completed";
     auto& records = openFirstRecordSetForWriting(sSql_, ado::adCmdText);

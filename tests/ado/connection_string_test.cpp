@@ -38,6 +38,25 @@ TEST(ConnectionString, DoubledEqualsSignStandsForOneInAKey) {
   EXPECT_EQ(cs.get("Empty").value(), "");
 }
 
+TEST(ConnectionString, ModeReadWithoutWriteAsksForReadingOnly) {
+  using varsentix::ado::detail::opensForReadingOnly;
+  auto reads = [](const std::string& text) { return opensForReadingOnly(ConnectionString::parse(text)); };
+  EXPECT_FALSE(reads("Provider=SQLite;Data Source=a.db"));
+  EXPECT_TRUE(reads("Provider=SQLite;Data Source=a.db;Mode=Read"));
+  EXPECT_TRUE(reads("mode = read ;Provider=SQLite"));
+  EXPECT_TRUE(reads("Mode=Read|Share Deny None"));
+  EXPECT_TRUE(reads("Mode=adModeRead"));
+  EXPECT_TRUE(reads("Mode=1"));
+  EXPECT_TRUE(reads("Mode=17"));  // adModeRead | adModeShareDenyNone
+  EXPECT_FALSE(reads("Mode=3"));
+  EXPECT_FALSE(reads("Mode=ReadWrite"));
+  EXPECT_FALSE(reads("Mode=Read|Write"));
+  EXPECT_FALSE(reads("Mode=Share Deny None"));
+  EXPECT_FALSE(reads("Mode=Write;"));
+  EXPECT_TRUE(reads("Mode=ReadWrite;Mode=Read"));  // a later duplicate wins
+  EXPECT_FALSE(reads("Mode=99999999999999999999"));
+}
+
 TEST(ConnectionString, EmptyTextHasNoPairs) {
   EXPECT_TRUE(ConnectionString::parse("").pairs().empty());
   EXPECT_TRUE(ConnectionString::parse(" ;; ").pairs().empty());

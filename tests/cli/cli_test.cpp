@@ -1,5 +1,6 @@
 // The varsentix program, run as a user runs it, on the bundled sample pair and on bad input.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -85,6 +86,60 @@ TEST(Cli, SamplePairJsonReportMatchesTheGoldenFile) {
   Outcome r = run(dir, {"compare", "--format", "json", "chinook.sqlite", "chinook-changed.sqlite"});
   EXPECT_EQ(r.status, 1) << r.err;
   expectGolden(r.out, "chinook.json");
+}
+
+namespace {
+
+// A WAL-mode SQLite file in dir with audit triggers: any change to its tables leaves a row in
+// audit. With keepWal its last changes stay in its -wal (the writer closes without a checkpoint).
+void makeWalDatabase(const TempDir& dir, const std::string& name, const std::string& value, bool keepWal) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open_v2(dir.file(name).c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr),
+            SQLITE_OK);
+  const std::string sql =
+      "PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 0;"
+      "CREATE TABLE people (id INTEGER PRIMARY KEY, v TEXT); CREATE TABLE audit (what TEXT);"
+      "CREATE TRIGGER people_insert AFTER INSERT ON people BEGIN INSERT INTO audit VALUES ('insert'); END;"
+      "CREATE TRIGGER people_update AFTER UPDATE ON people BEGIN INSERT INTO audit VALUES ('update'); END;"
+      "CREATE TRIGGER people_delete AFTER DELETE ON people BEGIN INSERT INTO audit VALUES ('delete'); END;"
+      "INSERT INTO people VALUES (1, 'same'), (2, '" + value + "'); DELETE FROM audit;";
+  ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+  if (keepWal) sqlite3_db_config(db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  ASSERT_EQ(sqlite3_close(db), SQLITE_OK);
+  ASSERT_EQ(std::filesystem::exists(dir.path() / (name + "-wal")), keepWal);
+}
+
+}  // namespace
+
+TEST(Cli, CompareLeavesWalModeFilesAndTheirWalByteForByte) {
+  TempDir dir;
+  makeWalDatabase(dir, "a.sqlite", "in a", true);
+  makeWalDatabase(dir, "b.sqlite", "in b", true);
+  std::vector<std::pair<std::string, std::string>> before;
+  for (const char* file : {"a.sqlite", "a.sqlite-wal", "b.sqlite", "b.sqlite-wal"})
+    before.emplace_back(file, readFile(dir.path() / file));
+  ASSERT_GT(before[1].second.size(), 0u);
+  Outcome r = run(dir, {"compare", "a.sqlite", "b.sqlite"});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_NE(r.out.find("in a"), std::string::npos) << r.out;
+  for (const auto& [file, bytes] : before) {
+    ASSERT_TRUE(std::filesystem::exists(dir.path() / file)) << file;
+    EXPECT_TRUE(readFile(dir.path() / file) == bytes) << file << " changed";
+  }
+}
+
+TEST(Cli, CompareReadsAWalModeFileClosedCleanlyWithoutChangingIt) {
+  TempDir dir;
+  makeWalDatabase(dir, "a.sqlite", "in a", false);
+  makeWalDatabase(dir, "b.sqlite", "in b", false);
+  const std::string a = readFile(dir.path() / "a.sqlite"), b = readFile(dir.path() / "b.sqlite");
+  Outcome r = run(dir, {"compare", "a.sqlite", "b.sqlite"});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_NE(r.out.find("in a"), std::string::npos) << r.out;
+  EXPECT_TRUE(readFile(dir.path() / "a.sqlite") == a);
+  EXPECT_TRUE(readFile(dir.path() / "b.sqlite") == b);
+  EXPECT_FALSE(std::filesystem::exists(dir.path() / "a.sqlite-wal") &&
+               std::filesystem::file_size(dir.path() / "a.sqlite-wal") > 0);
 }
 
 TEST(Cli, IdenticalDatabasesExitZero) {

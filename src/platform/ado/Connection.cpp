@@ -49,8 +49,41 @@ void Connection::Open(const std::string& connectionString, const std::string& us
                       const std::string& password, int32_t /*options*/) {
   if (session_) vb::raiseError(vb::errnum::ObjectOpen);
   auto parsed = detail::ConnectionString::parse(connectionString);
-  session_ = detail::openSession(parsed, userID, password);
+  auto session = detail::openSession(parsed, userID, password);
+  // A read-only mode asked before the open holds from the first statement on.
+  if (readOnly_) session->setReadOnly(true);
+  session_ = std::move(session);
   connectionString_ = connectionString;
+}
+
+void Connection::SetReadOnly(bool readOnly) {
+  if (session_) session_->setReadOnly(readOnly);
+  readOnly_ = readOnly;
+}
+
+ReadOnlyScope::ReadOnlyScope(vb::Ref<Connection> connection, bool readOnly)
+    : connection_(std::move(connection)) {
+  if (connection_.isNothing()) return;
+  previous_ = connection_->ReadOnly();
+  if (previous_ == readOnly) {
+    connection_ = {};
+    return;
+  }
+  try {
+    connection_->SetReadOnly(readOnly);
+  } catch (...) {
+    connection_ = {};
+    throw;
+  }
+}
+
+ReadOnlyScope::~ReadOnlyScope() {
+  if (connection_.isNothing()) return;
+  try {
+    connection_->SetReadOnly(previous_);
+  } catch (...) {
+    // The mode stays on: writes are refused by the engine, which says so when one is tried.
+  }
 }
 
 void Connection::Close() {
@@ -102,6 +135,7 @@ vb::Ref<Connection> Connection::OpenJoinedReader(Connection& other) {
   auto connection = vb::Ref<Connection>::make();
   connection->session_ = std::move(joined);
   connection->connectionString_ = connectionString_;
+  connection->readOnly_ = true;  // the reader never writes
   return connection;
 }
 

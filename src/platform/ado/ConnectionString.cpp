@@ -103,4 +103,28 @@ std::string ConnectionString::getOr(const std::string& key, const std::string& f
   return get(key).value_or(fallback);
 }
 
+bool opensForReadingOnly(const ConnectionString& connection) {
+  const auto mode = connection.get("Mode");
+  if (!mode) return false;
+  bool read = false, write = false;
+  size_t start = 0;
+  while (start <= mode->size()) {
+    size_t end = mode->find('|', start);
+    if (end == std::string::npos) end = mode->size();
+    std::string word = vb::LCase(trimmed(mode->substr(start, end - start)));
+    if (word.rfind("admode", 0) == 0) word.erase(0, 6);  // "adModeRead" as well as "Read"
+    if (!word.empty() && word.find_first_not_of("0123456789") == std::string::npos) {
+      const unsigned long bits = word.size() <= 9 ? std::stoul(word) : 0;
+      read = read || (bits & 1) != 0;
+      write = write || (bits & 2) != 0;
+    } else if (word == "read") {
+      read = true;
+    } else if (word == "write" || word == "readwrite") {
+      write = true;
+    }
+    start = end + 1;
+  }
+  return read && !write;
+}
+
 }  // namespace varsentix::ado::detail

@@ -24,4 +24,9 @@ class ConnectionString {
   std::vector<std::pair<std::string, std::string>> pairs_;
 };
 
+// Whether the string's Mode key (ADO's ConnectModeEnum, as text: "Read", "Write", "ReadWrite",
+// "Share Deny None", ... joined by '|', or as its number) asks for reading only: adModeRead
+// without adModeWrite. Such a session opens read-only (a read-only file, a read-only session).
+bool opensForReadingOnly(const ConnectionString& connection);
+
 }  // namespace varsentix::ado::detail

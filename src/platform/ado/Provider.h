@@ -122,6 +122,12 @@ class ProviderSession {
   virtual TextBytes textComparedByBytes(const std::string& /*table*/, const std::string& /*column*/) {
     return TextBytes::Unknown;
   }
+  // Puts the session into the engine's read-only mode (true) or back out of it (false): while it
+  // is on, the engine itself refuses every statement that would change the database through this
+  // session. False, with nothing changed, when the provider has no such mode; the engine's error
+  // is raised when it refuses the change. A session opened for reading only (Mode=Read) stays
+  // read-only whatever is asked.
+  virtual bool setReadOnly(bool /*readOnly*/) { return false; }
 };
 
 // Opens a session for the parsed connection string, chosen by its Provider key

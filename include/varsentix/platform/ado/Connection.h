@@ -64,12 +64,38 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // Empty (or the empty text) does not restrict.
   vb::Ref<Recordset> OpenSchema(SchemaEnum schema, const std::vector<vb::Variant>& restrictions = {});
 
+  // Read-only mode, beyond ADO: while it is on, the engine itself refuses every statement that
+  // would change the database through this connection (SQLite's query_only, a read-only session
+  // on PostgreSQL and MariaDB; Access files are read-only throughout). What a compare runs in.
+  // Set on a closed connection, it takes effect when the connection opens (an open that cannot
+  // enter it fails). Raises the engine's error when the engine refuses the change. Engines
+  // without such a mode are left as they are. A connection opened with Mode=Read in its
+  // connection string (ADO's adModeRead) is read-only throughout, whatever is set here.
+  void SetReadOnly(bool readOnly);
+  // What SetReadOnly set last (false at first).
+  bool ReadOnly() const { return readOnly_; }
+
   // REQUIRES State() == adStateOpen. The provider session, for the record-set layer itself.
   detail::ProviderSession& session();
 
  private:
   std::string connectionString_;
   std::unique_ptr<detail::ProviderSession> session_;
+  bool readOnly_ = false;
+};
+
+// Sets a connection's read-only mode for a scope (see Connection::SetReadOnly) and gives it back
+// the mode it had at the scope's end. Nothing for Nothing, nor for a connection in that mode.
+class ReadOnlyScope {
+ public:
+  ReadOnlyScope(vb::Ref<Connection> connection, bool readOnly);
+  ~ReadOnlyScope();  // a failure to give the mode back is passed over
+  ReadOnlyScope(const ReadOnlyScope&) = delete;
+  ReadOnlyScope& operator=(const ReadOnlyScope&) = delete;
+
+ private:
+  vb::Ref<Connection> connection_;  // Nothing when the mode was left as it was
+  bool previous_ = false;
 };
 
 }  // namespace varsentix::ado

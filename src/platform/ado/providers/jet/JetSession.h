@@ -32,6 +32,8 @@ class JetSession : public SqliteSession {
   std::unique_ptr<RowCursor> openSchema(SchemaEnum schema,
                                         const std::vector<vb::Variant>& restrictions) override;
   void rollback() noexcept override {}
+  // Read-only throughout: every write is refused already (checkWritable), whatever is asked.
+  bool setReadOnly(bool /*readOnly*/) override { return true; }
 
  protected:
   std::vector<TableEntry> tableList() override;

@@ -181,6 +181,10 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   // PostgreSQL: Equality for a text or varchar column under a deterministic collation, and the
   // order too under the C or POSIX collation in a UTF-8 database.
   TextBytes textComparedByBytes(const std::string& table, const std::string& column) override;
+  // PostgreSQL: the session's transactions read only (SET SESSION CHARACTERISTICS); MariaDB: SET
+  // SESSION TRANSACTION READ ONLY; SQLite: PRAGMA query_only. Other engines: false (the driver is
+  // told SQL_MODE_READ_ONLY, which it may or may not enforce).
+  bool setReadOnly(bool readOnly) override;
 
   // For the cursor.
   const odbc::OdbcApi& api() const { return api_; }
@@ -250,6 +254,7 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   std::string catalog_;  // the connected database (MariaDB lists only its tables)
   int transactionDepth_ = 0;
   SQLULEN loginTimeout_ = kLoginTimeoutSeconds;
+  bool readingOnly_ = false;  // opened with Mode=Read: read-only throughout
 };
 
 // ---- the cursor -----------------------------------------------------------------------------
@@ -600,7 +605,7 @@ std::string OdbcSession::odbcConnectionString(const ConnectionString& connection
   for (const auto& [key, value] : connection.pairs()) {
     std::string k = lower(key);
     if (k == "provider" || k == "persist security info" || k == "extended properties" ||
-        k == "connect timeout")
+        k == "connect timeout" || k == "mode")
       continue;
     if (k == "data source" || k == "datasource" || k == "dsn") add("DSN", value);
     else if (k == "user id" || k == "uid" || k == "user") add("UID", value);
@@ -708,6 +713,34 @@ void OdbcSession::connect(const ConnectionString& connection, const std::string&
     if (!SQL_SUCCEEDED(driverConnect(text))) raise(SQL_HANDLE_DBC, dbc_, "", vb::errnum::ProviderError);
     detect();
   }
+  if (opensForReadingOnly(connection)) {
+    setReadOnly(true);
+    readingOnly_ = true;
+  }
+}
+
+bool OdbcSession::setReadOnly(bool readOnly) {
+  if (readingOnly_) return true;
+  const char* statement = nullptr;
+  switch (dbms_) {
+    case Dbms::PostgreSQL:
+      statement = readOnly ? "SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY"
+                           : "SET SESSION CHARACTERISTICS AS TRANSACTION READ WRITE";
+      break;
+    case Dbms::MariaDB:
+      statement = readOnly ? "SET SESSION TRANSACTION READ ONLY" : "SET SESSION TRANSACTION READ WRITE";
+      break;
+    case Dbms::SQLite:
+      statement = readOnly ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0";
+      break;
+    default:
+      api_.SQLSetConnectAttr(dbc_, SQL_ATTR_ACCESS_MODE,
+                             reinterpret_cast<SQLPOINTER>(readOnly ? SQL_MODE_READ_ONLY : SQL_MODE_READ_WRITE), 0);
+      return false;
+  }
+  auto stmt = newStatement();
+  execDirect(*stmt, statement);
+  return true;
 }
 
 void OdbcSession::raise(SQLSMALLINT handleType, SQLHANDLE handle, const std::string& context,
@@ -1481,6 +1514,7 @@ class SessionHandle final : public ProviderSession {
   TextBytes textComparedByBytes(const std::string& table, const std::string& column) override {
     return s_->textComparedByBytes(table, column);
   }
+  bool setReadOnly(bool readOnly) override { return s_->setReadOnly(readOnly); }
 
  private:
   std::shared_ptr<OdbcSession> s_;

@@ -462,7 +462,7 @@ void SqliteCursor::describe(const SqliteSession& session) {
 
 // ---- the session ----------------------------------------------------------------------------
 
-std::unique_ptr<SqliteSession> SqliteSession::openFile(const std::string& path) {
+std::unique_ptr<SqliteSession> SqliteSession::openFile(const std::string& path, bool readingOnly) {
   auto fail = [&](const std::string& message) {
     throw vb::VBError(vb::errnum::ProviderError, message, "SQLite")
         .withDriverDetail("08001", SQLITE_CANTOPEN);
@@ -475,10 +475,17 @@ std::unique_ptr<SqliteSession> SqliteSession::openFile(const std::string& path) 
     fail("unable to open database file: " + path + " is a folder");
   sqlite3* db = nullptr;
   // NOMUTEX: a session is used from one thread at a time, so SQLite need not lock per call.
-  int rc = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int access = readingOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+  int rc = sqlite3_open_v2(path.c_str(), &db, access | SQLITE_OPEN_NOMUTEX, nullptr);
   auto session = std::make_unique<SqliteSession>(db, true);  // owns db even when rc failed
   if (rc != SQLITE_OK) session->raiseLastError(rc);
+  session->readingOnly_ = readingOnly;
   sqlite3_busy_timeout(db, 5000);
+  // The last connection to close a WAL database checkpoints it into the file and deletes the
+  // WAL: a change of both files that a session which only read must not make. noteWritten()
+  // gives the checkpoint back to a session that wrote.
+  sqlite3_db_config(db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  if (readingOnly) sqlite3_exec(db, "PRAGMA query_only = 1", nullptr, nullptr, nullptr);
   // Opening is lazy: read the schema now so that a file that is no database fails here.
   rc = sqlite3_exec(db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
   if (rc != SQLITE_OK) session->raiseLastError(rc);
@@ -652,7 +659,10 @@ std::unique_ptr<ProviderSession> SqliteSession::openJoinedReader(ProviderSession
   const int rc = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
   auto joined = std::make_unique<SqliteSession>(db, true, options_);
   if (rc != SQLITE_OK) return nullptr;
+  joined->readingOnly_ = true;
   sqlite3_busy_timeout(db, 5000);
+  // Read-only like its file, the attached one included, and no checkpoint when it closes.
+  sqlite3_db_config(db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   sqlite3_stmt* raw = nullptr;
   if (sqlite3_prepare_v2(db, "ATTACH DATABASE ?1 AS varsentix_other", -1, &raw, nullptr) != SQLITE_OK)
     return nullptr;
@@ -662,6 +672,7 @@ std::unique_ptr<ProviderSession> SqliteSession::openJoinedReader(ProviderSession
   if (sqlite3_create_function_v2(db, "varsentix_exact_literal", 2, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
                                  joined.get(), &exactLiteral, nullptr, nullptr, nullptr) != SQLITE_OK)
     return nullptr;
+  if (sqlite3_exec(db, "PRAGMA query_only = 1", nullptr, nullptr, nullptr) != SQLITE_OK) return nullptr;
   return joined;
 }
 
@@ -713,6 +724,21 @@ TextBytes SqliteSession::textComparedByBytes(const std::string& table, const std
   return text ? TextBytes::EqualityAndOrder : TextBytes::Unknown;
 }
 
+bool SqliteSession::setReadOnly(bool readOnly) {
+  if (readingOnly_) return true;
+  const int rc = sqlite3_exec(db_, readOnly ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0", nullptr,
+                              nullptr, nullptr);
+  if (rc != SQLITE_OK) raiseLastError(rc);
+  queryOnly_ = readOnly;
+  return true;
+}
+
+void SqliteSession::noteWritten() {
+  if (written_) return;
+  written_ = true;
+  if (ownsHandle_) sqlite3_db_config(db_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+}
+
 std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeSql) {
   sqlite3_stmt* raw = nullptr;
   int rc = sqlite3_prepare_v2(db_, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw,
@@ -720,7 +746,11 @@ std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeS
   Statement stmt(raw);
   if (rc != SQLITE_OK) raiseLastError(rc);
   if (!stmt) raiseFor(nullptr, SQLITE_ERROR, options_.providerName);  // blank text
-  if (!sqlite3_stmt_readonly(stmt.get())) checkWritable();
+  if (!sqlite3_stmt_readonly(stmt.get())) {
+    checkWritable();
+    // A statement that writes as it returns rows (unless the engine is to refuse it).
+    if (!queryOnly_ && !readingOnly_) noteWritten();
+  }
   return std::make_unique<SqliteCursor>(db_, std::move(stmt), *this);
 }
 
@@ -741,6 +771,7 @@ int64_t SqliteSession::execute(const std::string& sql) {
   while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
   }
   if (rc != SQLITE_DONE) raiseLastError(rc);
+  if (!readOnly) noteWritten();
   return readOnly ? -1 : static_cast<int64_t>(sqlite3_total_changes64(db_) - before);
 }
 
@@ -1048,6 +1079,7 @@ int64_t SqliteSession::executeBound(const std::string& nativeSql,
   }
   rc = sqlite3_step(stmt.get());
   if (rc != SQLITE_DONE && rc != SQLITE_ROW) raiseLastError(rc);
+  noteWritten();
   return sqlite3_changes64(db_);
 }
 
@@ -1059,7 +1091,7 @@ std::unique_ptr<ProviderSession> openSqliteSession(const ConnectionString& conne
                                                    const std::string& /*userID*/,
                                                    const std::string& /*password*/) {
   std::string path = connection.getOr("Data Source", connection.getOr("DataSource", ""));
-  return SqliteSession::openFile(path);
+  return SqliteSession::openFile(path, opensForReadingOnly(connection));
 }
 
 const ProviderRegistrar registrar("SQLite", &openSqliteSession);

@@ -56,9 +56,11 @@ class SqliteSession : public ProviderSession {
     int16_t deferrability = 3;  // not deferrable
   };
 
-  // Opens an existing database file for reading and writing. Never creates a file: a missing
-  // file raises ProviderError naming it; a file that is no database raises the engine's error.
-  static std::unique_ptr<SqliteSession> openFile(const std::string& path);
+  // Opens an existing database file for reading and writing, or for reading only (the file is
+  // then opened read-only: nothing of it can change). Never creates a file: a missing file
+  // raises ProviderError naming it; a file that is no database raises the engine's error.
+  // Closing a session that wrote nothing leaves a WAL file as it found it (no checkpoint).
+  static std::unique_ptr<SqliteSession> openFile(const std::string& path, bool readingOnly = false);
   // Wraps an open database; closes it on destruction when ownsHandle is true.
   SqliteSession(sqlite3* db, bool ownsHandle, Options options);
   SqliteSession(sqlite3* db, bool ownsHandle) : SqliteSession(db, ownsHandle, Options{}) {}
@@ -95,6 +97,8 @@ class SqliteSession : public ProviderSession {
   bool sortsForOrder(const std::string& sql) override;
   // EqualityAndOrder for a column of text affinity under the BINARY collation, in a UTF-8 file.
   TextBytes textComparedByBytes(const std::string& table, const std::string& column) override;
+  // PRAGMA query_only; a file opened for reading only stays so.
+  bool setReadOnly(bool readOnly) override;
 
   // Runs native SQL (no dialect translation) and returns its rows: for the extension points.
   std::unique_ptr<RowCursor> queryNative(const std::string& nativeSql);
@@ -110,6 +114,8 @@ class SqliteSession : public ProviderSession {
     return sqliteColumnType(declaredType);
   }
   virtual void checkWritable() const {}
+  // Called after a statement of the session changed the database: its close may checkpoint.
+  void noteWritten();
 
   // Raises the VBError for the database's last failure (number by result code, the engine's
   // text, the extended result code kept as native error).
@@ -121,6 +127,9 @@ class SqliteSession : public ProviderSession {
   bool ownsHandle_;
   Options options_;
   int transactionDepth_ = 0;
+  bool readingOnly_ = false;  // the file was opened read-only
+  bool queryOnly_ = false;    // PRAGMA query_only is on (setReadOnly)
+  bool written_ = false;      // a statement of the session changed the database
   // "SELECT CAST(?1 AS REAL)", prepared on first use: SQLite's own reading of a numeric
   // literal, which is not always the nearest double.
   sqlite3_stmt* literalStatement_ = nullptr;
