@@ -1,6 +1,7 @@
 // The control's compare entry points: each prepares the two sides, runs the engine in its fixed
 // order and, when both sides hold rows, publishes their result collections.
 #include "engine/Engine.h"
+#include "engine/Unbracketable.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/platform/ui/Hooks.h"
 #include "varsentix/platform/vb/Conversions.h"
@@ -173,6 +174,9 @@ bool Varsenti::beginTablebaseCompare(const std::string& masterConnectionString,
     engine::openTableStructure(*source);
     engine::compareResultStructure(*master, *source, *this, kReadingOriginal);
     engine::compareResultStructure(*source, *master, *this, kReadingModified);
+    // Its own sides go when it ends: what they could not compare is told through the control's.
+    getMasterDataManager()->appendReturnSQLMessage(engine::notComparedEntries(master->getReturnSQLMessage()));
+    getSourceDataManager()->appendReturnSQLMessage(engine::notComparedEntries(source->getReturnSQLMessage()));
     if (!bothSidesHaveRows(*master, *source)) return false;
     publish(*master, *source);
     return true;

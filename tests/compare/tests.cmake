@@ -3,4 +3,5 @@ varsentix_add_suite(varsentix_compare_tests
   compare/buffered_test.cpp
   compare/result_queries_test.cpp
   compare/end_to_end_test.cpp
+  compare/unbracketable_names_test.cpp
 )
