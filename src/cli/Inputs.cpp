@@ -62,14 +62,15 @@ ResolvedSide resolveSide(Varsenti& control, const std::string& argument, const s
   if (argument.empty()) throw CliError("an empty name was given");
   if (startsWithNoCase(argument, "DSN=")) {
     side.connectionString = connectionStringForDsn(control, argument.substr(4));
-    side.label = argument;
+    side.label = hidePassword(argument);
   } else if (lower(argument).find("provider=") != std::string::npos) {
     side.connectionString = argument;
     side.label = hidePassword(argument);
   } else {
     const std::filesystem::path path(argument);
     std::error_code error;
-    if (!std::filesystem::exists(path, error)) throw CliError("no such file: " + argument);
+    // A connection string without Provider= is taken for a path: its passwords are not shown.
+    if (!std::filesystem::exists(path, error)) throw CliError("no such file: " + hidePassword(argument));
     if (std::filesystem::is_directory(path, error)) throw CliError(argument + " is a folder, not a database file");
     std::ifstream probe(path, std::ios::binary);
     if (!probe) throw CliError("cannot read " + argument + ": " + std::strerror(errno));

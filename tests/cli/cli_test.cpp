@@ -342,6 +342,18 @@ TEST(Cli, PasswordFromTheEnvironmentOrStandardInputAndNeverShown) {
   EXPECT_EQ(named.out.find(password), std::string::npos) << named.out;
 }
 
+TEST(Cli, PasswordsInWhatIsNamedAreNotShownWhenItCannotBeOpened) {
+  TempDir dir;
+  makeSqlite(dir, "a.sqlite", "CREATE TABLE t (id INTEGER PRIMARY KEY);\n");
+  for (const std::string& named : {std::string("DSN=varsentix_no_such_source;Pwd=\"x;S3cretTail\""),
+                                   std::string("Driver={Nothing};Jet OLEDB:Database Password=S3cretTail"),
+                                   std::string("Provider=SQLite;Data Source=missing.db;Password={S3cretTail}")}) {
+    Outcome r = run(dir, {"compare", named, "a.sqlite"});
+    EXPECT_EQ(r.status, 2) << named;
+    EXPECT_EQ((r.out + r.err).find("S3cretTail"), std::string::npos) << r.out << r.err;
+  }
+}
+
 TEST(Cli, ATableOrColumnThatCannotBeBracketedIsAProblemNotASameTable) {
   TempDir dir;
   const std::string sql =
