@@ -97,6 +97,7 @@ std::string markdownManual() {
       "  },\n"
       "  \"differences\": true,          // false when nothing differs (exit status 0)\n"
       "  \"recordsCompared\": true,      // false with --schema-only / --objects-only\n"
+      "  \"complete\": true,             // false when something could not be compared (problems)\n"
       "  \"tables\": [{\"table\", \"side\", \"changeType\", \"change\", \"tableType\", \"primaryKey\"}],\n"
       "  \"fields\": [{\"table\", \"field\", \"side\", \"changeType\", \"change\", \"dataType\", \"definedSize\",\n"
       "              \"otherDataType\" (for a type difference)}],\n"

@@ -39,6 +39,7 @@ void writeJson(std::ostream& out, const Report& report) {
       << ", \"errorLogs\": " << quoted(report.modified.errorLogs) << "}\n  },\n";
   out << "  \"differences\": " << (report.hasDifferences() ? "true" : "false") << ",\n";
   out << "  \"recordsCompared\": " << (report.structureOnly ? "false" : "true") << ",\n";
+  out << "  \"complete\": " << (report.problems.empty() ? "true" : "false") << ",\n";
   writeArray(out, "tables", report.tables, [&](const TableDifference& t) {
     out << "{\"table\": " << quoted(t.table) << ", \"side\": " << sideKey(t.side) << ", " << change(t.changeType)
         << ", \"tableType\": " << quoted(t.tableType) << ", \"primaryKey\": " << quoted(t.primaryKey) << "}";

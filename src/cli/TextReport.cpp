@@ -30,6 +30,12 @@ std::string onlyIn(SideName side, const Palette& p) {
 // UTF-8 in the visible form of escapedForTerminal.
 std::string shown(const std::string& text) { return escapedForTerminal(text); }
 
+// What a section without differences says: never a plain "no differences" when something was
+// not compared.
+std::string noDifferences(const Report& report) {
+  return report.problems.empty() ? "no differences" : "no differences in what was compared (see Problems)";
+}
+
 std::string valueText(const RecordDifference::Value& value) {
   if (!value.text) return "NULL";
   if (isNumericType(value.adoType)) return shown(*value.text);
@@ -43,7 +49,7 @@ std::string valueText(const RecordDifference::Value& value) {
 
 void writeTables(std::ostream& out, const Report& report, const Palette& p) {
   out << p.bold << "Tables" << p.reset << "\n";
-  if (report.tables.empty()) out << "  no differences\n";
+  if (report.tables.empty()) out << "  " << noDifferences(report) << "\n";
   for (const auto& t : report.tables) {
     out << "  " << shown(t.table) << "  ";
     if (t.changeType == 1) out << onlyIn(t.side, p);
@@ -74,7 +80,7 @@ void writeFields(std::ostream& out, const Report& report, const Palette& p) {
     }
     ++listed;
   }
-  if (listed == 0) out << "  no differences\n";
+  if (listed == 0) out << "  " << noDifferences(report) << "\n";
 }
 
 void writeRecords(std::ostream& out, const Report& report, const TextOptions& options, const Palette& p) {
@@ -113,7 +119,9 @@ void writeRecords(std::ostream& out, const Report& report, const TextOptions& op
     }
   }
   const size_t same = report.comparedTables.size() - tablesWithDifferences;
-  if (tablesWithDifferences == 0) out << "  no differences in " << report.comparedTables.size() << " tables\n";
+  if (tablesWithDifferences == 0)
+    out << "  no differences in " << report.comparedTables.size() << " tables"
+        << (report.problems.empty() ? "" : " (not all compared: see Problems)") << "\n";
   else if (same > 0) out << "  " << same << " other tables have the same records on both sides\n";
 }
 

@@ -368,9 +368,11 @@ TEST(Cli, ATableOrColumnThatCannotBeBracketedIsAProblemNotASameTable) {
   EXPECT_NE(r.out.find("  Not compared: the column na]me of the table t (its records) holds ']'"), std::string::npos)
       << r.out;
   EXPECT_EQ(r.out.find("No differences"), std::string::npos) << r.out;
+  EXPECT_EQ(r.out.find("no differences\n"), std::string::npos) << r.out;
   EXPECT_NE(r.err.find("varsentix: Not compared: the table we]ird"), std::string::npos) << r.err;
   Outcome json = run(dir, {"compare", "--format", "json", "master.sqlite", "source.sqlite"});
   EXPECT_EQ(json.status, 2);
+  EXPECT_NE(json.out.find("\"complete\": false,"), std::string::npos) << json.out;
   EXPECT_NE(json.out.find("\"problems\": [\n    \"Not compared: the table we]ird holds"), std::string::npos) << json.out;
   Outcome one = run(dir, {"compare", "--table", "we]ird", "master.sqlite", "source.sqlite"});
   EXPECT_EQ(one.status, 2) << one.out << one.err;
