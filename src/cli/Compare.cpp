@@ -1,5 +1,6 @@
 #include "cli/Compare.h"
 
+#include <algorithm>
 #include <cctype>
 #include <map>
 #include <regex>
@@ -132,6 +133,21 @@ void failOnConnection(Varsenti& control, SideName side, const ResolvedSide& reso
     throw CliError(std::string(sideText(side)) + " side (" + resolved.label + "): " + cause);
 }
 
+// The control's " #20 Not compared: ... ||" entries of a log, without their tag and bars.
+void collectNotCompared(const std::string& log, const std::string& table, std::vector<std::string>& problems) {
+  static const std::string tag = " #20 ";
+  static const std::string end = "cannot be written in brackets";
+  for (size_t at = log.find(tag + "Not compared: "); at != std::string::npos;
+       at = log.find(tag + "Not compared: ", at + 1)) {
+    const size_t stop = log.find(end, at);
+    if (stop == std::string::npos) break;
+    const std::string problem = log.substr(at + tag.size(), stop + end.size() - at - tag.size());
+    // With --table, the problems of that table only.
+    if (!table.empty() && problem.find("the table " + table + " ") == std::string::npos) continue;
+    if (std::find(problems.begin(), problems.end(), problem) == problems.end()) problems.push_back(problem);
+  }
+}
+
 }  // namespace
 
 std::string connectionFailureIn(const std::string& errorLogs) {
@@ -191,6 +207,8 @@ Report runCompare(Varsenti& control, const ResolvedSide& original, const Resolve
       appendFailures(report.modified.errorLogs, control.getErrorLogs(false));
     }
   }
+  collectNotCompared(report.original.errorLogs, options.table, report.problems);
+  collectNotCompared(report.modified.errorLogs, options.table, report.problems);
   if (!options.showUnchanged) {
     std::erase_if(report.tables, [](const TableDifference& t) { return t.changeType == 0; });
     std::erase_if(report.fields, [](const FieldDifference& f) { return f.changeType == 0; });

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/ado/ConnectionString.h"
 #include "varsentix/control/Varsenti.h"
 
 namespace varsentix::cli {
@@ -36,16 +37,6 @@ FileKind kindOfFile(const std::filesystem::path& path) {
   return FileKind::Other;
 }
 
-// A connection-string value, quoted when it holds a character that would end it.
-std::string quotedValue(const std::string& value) {
-  const bool plain = value.find_first_of(";\"'") == std::string::npos && !value.empty() &&
-                     value.front() != ' ' && value.back() != ' ';
-  if (plain) return value;
-  std::string quoted = "\"";
-  for (char c : value) quoted += (c == '"') ? std::string("\"\"") : std::string(1, c);
-  return quoted + "\"";
-}
-
 std::string connectionStringForDsn(Varsenti& control, const std::string& name) {
   // The entry as the control lists it ("DSN=<name> | <driver>"), so that the control decides
   // how a file-based data source opens.
@@ -62,25 +53,7 @@ std::string connectionStringForDsn(Varsenti& control, const std::string& name) {
 }  // namespace
 
 std::string hidePassword(const std::string& connectionString) {
-  std::string out;
-  size_t start = 0;
-  while (start <= connectionString.size()) {
-    size_t end = connectionString.find(';', start);
-    if (end == std::string::npos) end = connectionString.size();
-    std::string pair = connectionString.substr(start, end - start);
-    const size_t equals = pair.find('=');
-    if (equals != std::string::npos) {
-      std::string key = lower(pair.substr(0, equals));
-      key.erase(0, key.find_first_not_of(' '));
-      while (!key.empty() && key.back() == ' ') key.pop_back();
-      if (key == "password" || key == "pwd") pair = pair.substr(0, equals + 1) + "***";
-    }
-    out += pair;
-    if (end == connectionString.size()) break;
-    out += ';';
-    start = end + 1;
-  }
-  return out;
+  return ado::detail::ConnectionString::maskPasswords(connectionString);
 }
 
 ResolvedSide resolveSide(Varsenti& control, const std::string& argument, const std::string& user,
@@ -89,23 +62,26 @@ ResolvedSide resolveSide(Varsenti& control, const std::string& argument, const s
   if (argument.empty()) throw CliError("an empty name was given");
   if (startsWithNoCase(argument, "DSN=")) {
     side.connectionString = connectionStringForDsn(control, argument.substr(4));
-    side.label = argument;
+    side.label = hidePassword(argument);
   } else if (lower(argument).find("provider=") != std::string::npos) {
     side.connectionString = argument;
     side.label = hidePassword(argument);
   } else {
     const std::filesystem::path path(argument);
     std::error_code error;
-    if (!std::filesystem::exists(path, error)) throw CliError("no such file: " + argument);
+    // A connection string without Provider= is taken for a path: its passwords are not shown.
+    if (!std::filesystem::exists(path, error)) throw CliError("no such file: " + hidePassword(argument));
     if (std::filesystem::is_directory(path, error)) throw CliError(argument + " is a folder, not a database file");
     std::ifstream probe(path, std::ios::binary);
     if (!probe) throw CliError("cannot read " + argument + ": " + std::strerror(errno));
     switch (kindOfFile(path)) {
       case FileKind::SQLite:
-        side.connectionString = "Provider=SQLite;Data Source=" + quotedValue(argument);
+        side.connectionString = "Provider=SQLite;Data Source=" + ado::detail::ConnectionString::quoteValue(argument);
         break;
       case FileKind::Access: {
-        std::string pathText = argument;
+        // The control appends the path as it is: quoted here when a ';', a quote, a leading '{'
+        // or '=' or blanks at its ends would otherwise be read as more than the path.
+        std::string pathText = ado::detail::ConnectionString::quoteValue(argument);
         side.connectionString = control.getOLEDBConnectionFromPath(pathText, false);
         break;
       }
@@ -114,8 +90,11 @@ ResolvedSide resolveSide(Varsenti& control, const std::string& argument, const s
     }
     side.label = argument;
   }
-  if (!user.empty()) control.addUserIDToConnectionString(user, side.connectionString);
-  if (!password.empty()) control.addPasswordToConnectionString(password, side.connectionString);
+  // Appended the way the control appends them, quoted so that a ';' or a quote inside stays in.
+  if (!user.empty())
+    control.addUserIDToConnectionString(ado::detail::ConnectionString::quoteValue(user), side.connectionString);
+  if (!password.empty())
+    control.addPasswordToConnectionString(ado::detail::ConnectionString::quoteValue(password), side.connectionString);
   // The program only compares: both sides open for reading only (a later Mode key wins over one
   // the user gave), so that neither database can change, whatever the engine.
   if (!side.connectionString.empty() && side.connectionString.back() != ';') side.connectionString += ';';

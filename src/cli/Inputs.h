@@ -27,7 +27,8 @@ struct ResolvedSide {
 ResolvedSide resolveSide(Varsenti& control, const std::string& argument, const std::string& user,
                          const std::string& password);
 
-// The connection string with the value of every Password / PWD key replaced by "***".
+// The connection string with every password value replaced by "***" (the library's masking:
+// Pwd, Password, any key ending in password, quoted and braced values whole).
 std::string hidePassword(const std::string& connectionString);
 
 }  // namespace varsentix::cli

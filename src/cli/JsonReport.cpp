@@ -1,34 +1,13 @@
 #include "cli/JsonReport.h"
 
-#include <cstdio>
-
+#include "cli/TextSafety.h"
 #include "varsentix/results/modConstants.h"
 #include "varsentix/varsentix.h"
 
 namespace varsentix::cli {
 namespace {
 
-std::string quoted(const std::string& text) {
-  std::string out = "\"";
-  for (unsigned char c : text) {
-    switch (c) {
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
-      default:
-        if (c < 0x20) {
-          char buffer[8];
-          std::snprintf(buffer, sizeof buffer, "\\u%04x", c);
-          out += buffer;
-        } else {
-          out += static_cast<char>(c);
-        }
-    }
-  }
-  return out + "\"";
-}
+std::string quoted(const std::string& text) { return jsonString(text); }
 
 std::string sideKey(SideName side) { return side == SideName::Original ? "\"original\"" : "\"modified\""; }
 
@@ -60,6 +39,7 @@ void writeJson(std::ostream& out, const Report& report) {
       << ", \"errorLogs\": " << quoted(report.modified.errorLogs) << "}\n  },\n";
   out << "  \"differences\": " << (report.hasDifferences() ? "true" : "false") << ",\n";
   out << "  \"recordsCompared\": " << (report.structureOnly ? "false" : "true") << ",\n";
+  out << "  \"complete\": " << (report.problems.empty() ? "true" : "false") << ",\n";
   writeArray(out, "tables", report.tables, [&](const TableDifference& t) {
     out << "{\"table\": " << quoted(t.table) << ", \"side\": " << sideKey(t.side) << ", " << change(t.changeType)
         << ", \"tableType\": " << quoted(t.tableType) << ", \"primaryKey\": " << quoted(t.primaryKey) << "}";
@@ -72,6 +52,7 @@ void writeJson(std::ostream& out, const Report& report) {
     out << "}";
   });
   writeArray(out, "comparedTables", report.comparedTables, [&](const std::string& t) { out << quoted(t); });
+  writeArray(out, "problems", report.problems, [&](const std::string& p) { out << quoted(p); });
   writeArray(
       out, "records", report.records,
       [&](const RecordDifference& r) {

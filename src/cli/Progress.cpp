@@ -1,5 +1,6 @@
 #include "cli/Progress.h"
 
+#include "cli/TextSafety.h"
 #include "varsentix/control/Varsenti.h"
 
 namespace varsentix::cli {
@@ -22,7 +23,9 @@ void ProgressBar::draw(int32_t count, int32_t maxCount, const std::string& phase
   const int filled = static_cast<int>(fraction * kWidth);
   std::string bar(static_cast<size_t>(filled), '=');
   bar.resize(kWidth, ' ');
-  std::fprintf(out_, "\r\x1b[K%s %s [%s] %d/%d", phase.c_str(), subject_.c_str(), bar.c_str(), count, maxCount);
+  // The table's name as the report shows it: its control characters are not sent to the terminal.
+  const std::string subject = escapedForTerminal(subject_);
+  std::fprintf(out_, "\r\x1b[K%s %s [%s] %d/%d", phase.c_str(), subject.c_str(), bar.c_str(), count, maxCount);
   std::fflush(out_);
   drawn_ = true;
 }

@@ -57,6 +57,9 @@ struct Report {
   std::vector<RecordDifference> records;
   // Tables whose records were compared.
   std::vector<std::string> comparedTables;
+  // What could not be compared (a table or column whose name cannot be bracketed), in the
+  // control's words, once each: the comparison is incomplete (exit status 2).
+  std::vector<std::string> problems;
 
   bool hasDifferences() const;
 };

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "cli/TextSafety.h"
 #include "varsentix/results/modConstants.h"
 
 namespace varsentix::cli {
@@ -25,15 +26,22 @@ std::string onlyIn(SideName side, const Palette& p) {
   return std::string(side == SideName::Original ? p.original : p.modified) + "only in " + sideText(side) + p.reset;
 }
 
+// Names, values and labels as the report shows them: control characters and bytes that are not
+// UTF-8 in the visible form of escapedForTerminal.
+std::string shown(const std::string& text) { return escapedForTerminal(text); }
+
+// What a section without differences says: never a plain "no differences" when something was
+// not compared.
+std::string noDifferences(const Report& report) {
+  return report.problems.empty() ? "no differences" : "no differences in what was compared (see Problems)";
+}
+
 std::string valueText(const RecordDifference::Value& value) {
   if (!value.text) return "NULL";
-  if (isNumericType(value.adoType)) return *value.text;
+  if (isNumericType(value.adoType)) return shown(*value.text);
   std::string text = "'";
-  for (char c : *value.text) {
-    if (c == '\n') text += "\\n";
-    else if (c == '\r') text += "\\r";
-    else if (c == '\t') text += "\\t";
-    else if (c == '\'') text += "''";
+  for (char c : shown(*value.text)) {
+    if (c == '\'') text += "''";
     else text += c;
   }
   return text + "'";
@@ -41,9 +49,9 @@ std::string valueText(const RecordDifference::Value& value) {
 
 void writeTables(std::ostream& out, const Report& report, const Palette& p) {
   out << p.bold << "Tables" << p.reset << "\n";
-  if (report.tables.empty()) out << "  no differences\n";
+  if (report.tables.empty()) out << "  " << noDifferences(report) << "\n";
   for (const auto& t : report.tables) {
-    out << "  " << t.table << "  ";
+    out << "  " << shown(t.table) << "  ";
     if (t.changeType == 1) out << onlyIn(t.side, p);
     else out << p.dim << modConstants::getChangeDesciption(t.changeType) << " (" << sideText(t.side) << ")" << p.reset;
     out << "\n";
@@ -52,27 +60,27 @@ void writeTables(std::ostream& out, const Report& report, const Palette& p) {
 
 void writeFields(std::ostream& out, const Report& report, const Palette& p) {
   out << "\n" << p.bold << "Fields" << p.reset << "\n";
-  size_t shown = 0;
+  size_t listed = 0;
   std::set<std::string> typePairsShown;
   for (const auto& f : report.fields) {
-    const std::string name = f.table + "." + f.field;
+    const std::string name = shown(f.table) + "." + shown(f.field);
     if (f.changeType == 1) continue;  // a field of a table on one side only: the table says it
     if (f.changeType == 3) {
       if (!typePairsShown.insert(name).second) continue;
       const bool original = f.side == SideName::Original;
-      out << "  " << name << "  type differs: Original " << (original ? f.dataType : f.otherDataType)
-          << ", Modified " << (original ? f.otherDataType : f.dataType) << "\n";
+      out << "  " << name << "  type differs: Original " << shown(original ? f.dataType : f.otherDataType)
+          << ", Modified " << shown(original ? f.otherDataType : f.dataType) << "\n";
     } else if (f.changeType == 2) {
-      out << "  " << name << "  " << onlyIn(f.side, p) << "  " << f.dataType;
-      if (!f.definedSize.empty()) out << "(" << f.definedSize << ")";
+      out << "  " << name << "  " << onlyIn(f.side, p) << "  " << shown(f.dataType);
+      if (!f.definedSize.empty()) out << "(" << shown(f.definedSize) << ")";
       out << "\n";
     } else {
       out << "  " << name << "  " << p.dim << modConstants::getChangeDesciption(f.changeType) << " ("
           << sideText(f.side) << ")" << p.reset << "\n";
     }
-    ++shown;
+    ++listed;
   }
-  if (shown == 0) out << "  no differences\n";
+  if (listed == 0) out << "  " << noDifferences(report) << "\n";
 }
 
 void writeRecords(std::ostream& out, const Report& report, const TextOptions& options, const Palette& p) {
@@ -90,7 +98,7 @@ void writeRecords(std::ostream& out, const Report& report, const TextOptions& op
     ++tablesWithDifferences;
     size_t counts[2] = {0, 0};
     for (const auto* r : found->second) ++counts[r->side == SideName::Original ? 0 : 1];
-    out << "  " << p.bold << table << p.reset << ": " << counts[0] << " only in Original, " << counts[1]
+    out << "  " << p.bold << shown(table) << p.reset << ": " << counts[0] << " only in Original, " << counts[1]
         << " only in Modified\n";
     for (SideName side : {SideName::Original, SideName::Modified}) {
       size_t listed = 0;
@@ -101,7 +109,7 @@ void writeRecords(std::ostream& out, const Report& report, const TextOptions& op
         out << "    " << onlyIn(side, p) << "  ";
         bool first = true;
         for (const auto& value : r->values) {
-          out << (first ? "" : " ") << value.field << "=" << valueText(value);
+          out << (first ? "" : " ") << shown(value.field) << "=" << valueText(value);
           first = false;
         }
         out << "\n";
@@ -111,7 +119,9 @@ void writeRecords(std::ostream& out, const Report& report, const TextOptions& op
     }
   }
   const size_t same = report.comparedTables.size() - tablesWithDifferences;
-  if (tablesWithDifferences == 0) out << "  no differences in " << report.comparedTables.size() << " tables\n";
+  if (tablesWithDifferences == 0)
+    out << "  no differences in " << report.comparedTables.size() << " tables"
+        << (report.problems.empty() ? "" : " (not all compared: see Problems)") << "\n";
   else if (same > 0) out << "  " << same << " other tables have the same records on both sides\n";
 }
 
@@ -119,11 +129,15 @@ void writeRecords(std::ostream& out, const Report& report, const TextOptions& op
 
 void writeText(std::ostream& out, const Report& report, const TextOptions& options) {
   const Palette p = paletteFor(options.colour);
-  out << p.bold << "Original:" << p.reset << " " << report.original.label << "\n";
-  out << p.bold << "Modified:" << p.reset << " " << report.modified.label << "\n\n";
+  out << p.bold << "Original:" << p.reset << " " << shown(report.original.label) << "\n";
+  out << p.bold << "Modified:" << p.reset << " " << shown(report.modified.label) << "\n\n";
   writeTables(out, report, p);
   writeFields(out, report, p);
   if (!report.structureOnly) writeRecords(out, report, options, p);
+  if (!report.problems.empty()) {
+    out << "\n" << p.bold << "Problems" << p.reset << "\n";
+    for (const auto& problem : report.problems) out << "  " << shown(problem) << "\n";
+  }
   size_t tables = 0, fields = 0;
   std::set<std::string> typeDiffs;
   for (const auto& t : report.tables) tables += t.changeType != 0;
@@ -132,7 +146,12 @@ void writeText(std::ostream& out, const Report& report, const TextOptions& optio
     else fields += f.changeType == 2;
   }
   fields += typeDiffs.size();
-  out << "\n" << (report.hasDifferences() ? "Differences: " : "No differences: ") << tables << " tables, "
+  out << "\n";
+  if (!report.problems.empty())
+    out << "Incomplete, " << report.problems.size() << " not compared: ";
+  else
+    out << (report.hasDifferences() ? "Differences: " : "No differences: ");
+  out << tables << " tables, "
       << fields << " fields";
   if (!report.structureOnly) out << ", " << report.records.size() << " records";
   out << "\n";

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "cli/JsonReport.h"
 #include "cli/Progress.h"
 #include "cli/TextReport.h"
+#include "cli/TextSafety.h"
 #include "varsentix/varsentix.h"
 
 namespace {
@@ -29,7 +31,8 @@ struct Arguments {
   std::vector<std::string> positional;
   CompareOptions compare;
   std::string user;
-  std::string password;
+  std::optional<std::string> password;  // --password
+  bool passwordFromStdin = false;       // --password-stdin
   std::string format = "text";
   size_t limit = 20;
   bool help = false;
@@ -56,6 +59,7 @@ Arguments parseCompare(const std::vector<std::string>& args) {
     else if (name == "--fields") a.compare.fields = valueOf(args, i, name);
     else if (name == "--user") a.user = valueOf(args, i, name);
     else if (name == "--password") a.password = valueOf(args, i, name);
+    else if (arg == "--password-stdin") a.passwordFromStdin = true;
     else if (name == "--format") a.format = valueOf(args, i, name);
     else if (name == "--limit") {
       const std::string text = valueOf(args, i, name);
@@ -70,7 +74,22 @@ Arguments parseCompare(const std::vector<std::string>& args) {
   if (a.positional.size() != 2) throw CliError("compare takes two databases, MASTER and SOURCE");
   if (a.format != "text" && a.format != "json") throw CliError("--format is text or json, not " + a.format);
   if (!a.compare.fields.empty() && a.compare.table.empty()) throw CliError("--fields goes with --table");
+  if (a.password && a.passwordFromStdin) throw CliError("--password and --password-stdin exclude each other");
   return a;
+}
+
+// The password for both sides: --password, else the first line of standard input with
+// --password-stdin, else VARSENTIX_PASSWORD, else none.
+std::string passwordOf(const Arguments& a) {
+  if (a.password) return *a.password;
+  if (a.passwordFromStdin) {
+    std::string line;
+    if (!std::getline(std::cin, line) && line.empty()) throw CliError("--password-stdin: standard input gave no password");
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return line;
+  }
+  const char* fromEnvironment = std::getenv("VARSENTIX_PASSWORD");
+  return fromEnvironment != nullptr ? std::string(fromEnvironment) : std::string();
 }
 
 bool colourWanted() {
@@ -84,9 +103,10 @@ int runCompareCommand(const std::vector<std::string>& args) {
     std::cout << helpText(kCompareHelp);
     return kSame;
   }
+  const std::string password = passwordOf(a);
   Varsenti control;
-  const ResolvedSide original = resolveSide(control, a.positional[0], a.user, a.password);
-  const ResolvedSide modified = resolveSide(control, a.positional[1], a.user, a.password);
+  const ResolvedSide original = resolveSide(control, a.positional[0], a.user, password);
+  const ResolvedSide modified = resolveSide(control, a.positional[1], a.user, password);
   ProgressBar progress(control, isatty(STDERR_FILENO));
   CompareOptions options = a.compare;
   options.onTable = [&](const std::string& table) { progress.setSubject(table); };
@@ -98,6 +118,9 @@ int runCompareCommand(const std::vector<std::string>& args) {
     writeText(std::cout, report, {colourWanted() && a.format == "text", a.limit});
   std::cout.flush();
   if (!std::cout) throw CliError("cannot write the report");
+  // Something not compared is never "no differences".
+  for (const auto& problem : report.problems) std::cerr << "varsentix: " << escapedForTerminal(problem) << "\n";
+  if (!report.problems.empty()) return kTrouble;
   return report.hasDifferences() ? kDifferent : kSame;
 }
 
@@ -155,11 +178,11 @@ int main(int argc, char** argv) {
   try {
     return run(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const CliError& e) {
-    std::cerr << "varsentix: " << e.what() << "\n";
+    std::cerr << "varsentix: " << escapedForTerminal(e.what()) << "\n";
   } catch (const vb::VBError& e) {
-    std::cerr << "varsentix: " << e.description() << " (error " << e.number() << ")\n";
+    std::cerr << "varsentix: " << escapedForTerminal(e.description()) << " (error " << e.number() << ")\n";
   } catch (const std::exception& e) {
-    std::cerr << "varsentix: " << e.what() << "\n";
+    std::cerr << "varsentix: " << escapedForTerminal(e.what()) << "\n";
   }
   return kTrouble;
 }

@@ -3,6 +3,7 @@
 // reads: the sides' connections are read-only while it runs (CompareReadOnly).
 #include "control/CompareReadOnly.h"
 #include "engine/Engine.h"
+#include "engine/Unbracketable.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/platform/ui/Hooks.h"
 #include "varsentix/platform/vb/Conversions.h"
@@ -187,6 +188,9 @@ bool Varsenti::beginTablebaseCompare(const std::string& masterConnectionString,
     engine::openTableStructure(*source);
     engine::compareResultStructure(*master, *source, *this, kReadingOriginal);
     engine::compareResultStructure(*source, *master, *this, kReadingModified);
+    // Its own sides go when it ends: what they could not compare is told through the control's.
+    getMasterDataManager()->appendReturnSQLMessage(engine::notComparedEntries(master->getReturnSQLMessage()));
+    getSourceDataManager()->appendReturnSQLMessage(engine::notComparedEntries(source->getReturnSQLMessage()));
     if (!bothSidesHaveRows(*master, *source)) return false;
     publish(*master, *source);
     return true;

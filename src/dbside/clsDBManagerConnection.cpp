@@ -1,5 +1,6 @@
 // clsDBManager: the side's connection and its table list.
 #include "dbside/Outcome.h"
+#include "platform/ado/ConnectionString.h"
 #include "varsentix/dbside/clsDBManager.h"
 #include "varsentix/platform/vb/ResumeNext.h"
 
@@ -19,7 +20,7 @@ void clsDBManager::openDatabaseSchema() {
     returnConnectionMessage_ += dbside::numberAndDescription(std::current_exception());
     returnConnectionMessage_ +=
         " #5 Error when attempting to open the database schema for the following connection :" +
-        connectionString_ + " ||";
+        ado::detail::ConnectionString::maskPasswords(connectionString_) + " ||";
   }
 }
 

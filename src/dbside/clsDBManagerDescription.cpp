@@ -1,4 +1,5 @@
 // clsDBManager: its description text and the XML save of its first record set.
+#include "platform/ado/ConnectionString.h"
 #include "varsentix/dbside/clsDBManager.h"
 #include "varsentix/platform/vb/Conversions.h"
 
@@ -12,7 +13,8 @@ std::string clsDBManager::toString() {
 }
 
 std::string clsDBManager::describeForDiagnostics() const {
-  std::string text = "connectionString=" + connectionString_;
+  // Shown with its passwords masked, as every message that names a connection string.
+  std::string text = "connectionString=" + ado::detail::ConnectionString::maskPasswords(connectionString_);
   text += ",isMasterDatabase=" + vb::CStr(isMasterDatabase_);
   text += ",tableName=" + tableName_;
   text += ",tableDataType=" + tableDataType_;

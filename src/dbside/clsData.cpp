@@ -1,6 +1,7 @@
 #include "varsentix/dbside/clsData.h"
 
 #include "dbside/Outcome.h"
+#include "platform/ado/ConnectionString.h"
 #include "varsentix/platform/vb/ResumeNext.h"
 
 namespace varsentix {
@@ -33,7 +34,7 @@ vb::Ref<ado::Connection>& clsData::oracleCn() { return createdOnFirstUse(oracleC
 std::string clsData::getAccessConnections(const std::string& connectionString) {
   return dbside::outcomeOf([&] { getAccessConnection(connectionString); }, [&] {
     return " #2 Error occurred when attempting to open connection using the following connection string " +
-           std::string(" ") + connectionString + " ||";
+           std::string(" ") + ado::detail::ConnectionString::maskPasswords(connectionString) + " ||";
   });
 }
 

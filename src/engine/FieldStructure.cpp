@@ -4,6 +4,7 @@
 #include "engine/Engine.h"
 #include "engine/PrimaryKeyOnce.h"
 #include "engine/ResultRows.h"
+#include "engine/Unbracketable.h"
 #include "engine/VbFlow.h"
 #include "varsentix/dbside/ModADOFields.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -64,6 +65,10 @@ clsDBManager& addTableFieldsToResults(clsDBManager& manager) {
   try {
     manager.setReturnSQLMessage("Successfully Completed");
     const std::string tableName = manager.getTableName();
+    if (!canBeBracketed(tableName)) {
+      reportTableNotCompared(manager, tableName);
+      return manager;
+    }
     const std::string fieldList = manager.getFieldList();
     query = !fieldList.empty() ? "select " + fieldList + " from [" + tableName + "]"
                                : "select * from [" + tableName + "]";

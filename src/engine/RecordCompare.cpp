@@ -11,6 +11,7 @@
 #include "engine/ModADORecordHelpers.h"
 #include "engine/PrimaryKeyOnce.h"
 #include "engine/RecordMatch.h"
+#include "engine/Unbracketable.h"
 #include "engine/VbFlow.h"
 #include "varsentix/control/Varsenti.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -293,8 +294,20 @@ void walkBufferedSide(clsDBManager& A, clsDBManager& B, int64_t mostRecords, Wal
   std::string query;
   RecordLookup lookup(A, B, otherWay);
   try {
+    const std::string tableName = A.getTableName();
+    if (!canBeBracketed(tableName)) {
+      lookup.finish();
+      reportTableNotCompared(A, tableName);
+      return;
+    }
     query = buildSelectStatement(A);
     const int16_t columnCount = openBufferedSide(A, query);
+    if (std::string column; unbracketableColumn(A.getDatabaseRecords(), column)) {
+      lookup.finish();
+      A.closeRecordSet();
+      reportColumnNotCompared(A, tableName, column);
+      return;
+    }
     dataProgress().position = 1;
     int16_t counter = 0;
     auto records = A.getDatabaseRecords();
@@ -529,7 +542,17 @@ bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay*
   try {
     A.setReturnSQLMessage("Successfully Completed");
     const std::string tableName = A.getTableName();
+    if (!canBeBracketed(tableName)) {
+      lookup.finish();
+      reportTableNotCompared(A, tableName);
+      return true;
+    }
     orderBy = ModADO::getFirstComparableFieldName(A, tableName);
+    if (!canBeBracketed(orderBy)) {
+      lookup.finish();
+      reportColumnNotCompared(A, tableName, orderBy);
+      return true;
+    }
     query = buildSelectStatement(A);
     const std::string unordered = query;
     if (!orderBy.empty()) query += " order by [" + orderBy + "]";
@@ -546,6 +569,14 @@ bool walkTableRecords(clsDBManager& A, clsDBManager& B, RecordMatcher::OtherWay*
         if (watched.any()) unsorted.emplace(A, B, watched, unordered, orderBy);
       }
       openOnBothSides(A, B, query);
+    }
+    if (std::string column; unbracketableColumn(A.getDatabaseRecords(), column) ||
+                            unbracketableColumn(B.getDatabaseRecords(), column)) {
+      lookup.finish();
+      A.closeRecordSet();
+      B.closeRecordSet();
+      reportColumnNotCompared(A, tableName, column);
+      return true;
     }
     auto records = A.getDatabaseRecords();
     if (records->State() == ado::adStateOpen) {

@@ -62,6 +62,57 @@ TEST(ConnectionString, EmptyTextHasNoPairs) {
   EXPECT_TRUE(ConnectionString::parse(" ;; ").pairs().empty());
 }
 
+TEST(ConnectionString, BracedValuesEndAtTheFirstBraceNotDoubled) {
+  auto cs = ConnectionString::parse("Pwd={a}}b;c};Uid=u");
+  EXPECT_EQ(cs.get("Pwd").value(), "{a}}b;c}");
+  EXPECT_EQ(cs.get("Uid").value(), "u");
+  ASSERT_EQ(cs.pairs().size(), 2u);
+}
+
+TEST(ConnectionString, QuotedValuesReadBackAsWritten) {
+  for (const std::string value :
+       {"plain", "", "/tmp/{x}.sqlite", "{x}.sqlite", "=a.sqlite", "a;Mode=x.sqlite", "it's \"both\"; kinds",
+        "\"", "'", " blank at both ends ", "{a}", "x==y", "tab\there", "}"}) {
+    const std::string text = "Data Source=" + ConnectionString::quoteValue(value) + ";Mode=Read";
+    auto cs = ConnectionString::parse(text);
+    EXPECT_EQ(cs.get("Data Source").value(), value) << text;
+    EXPECT_EQ(cs.get("Mode").value(), "Read") << text;
+    EXPECT_EQ(cs.pairs().size(), 2u) << text;
+  }
+  EXPECT_EQ(ConnectionString::quoteValue("C:\\db\\a.mdb"), "C:\\db\\a.mdb");  // nothing to quote
+  EXPECT_EQ(ConnectionString::quoteValue("a;b"), "\"a;b\"");
+  EXPECT_EQ(ConnectionString::quoteValue("say \"hi\""), "\"say \"\"hi\"\"\"");
+}
+
+TEST(ConnectionString, EveryFormOfPasswordIsMasked) {
+  const std::string cases[][2] = {
+      {"DSN=x;Pwd=secret;Uid=u", "DSN=x;Pwd=***;Uid=u"},
+      {"DSN=x ;User ID=sa ;Password=pw", "DSN=x ;User ID=sa ;Password=***"},
+      {"DSN=x;PASSWORD = pw ;Uid=u", "DSN=x;PASSWORD = *** ;Uid=u"},
+      {"Pwd=\"S3cret;S3cretTail\";Uid=u", "Pwd=***;Uid=u"},
+      {"Pwd='a;b''c;d';Uid=u", "Pwd=***;Uid=u"},
+      {"Pwd={a;b}}c;d};Uid=u", "Pwd=***;Uid=u"},
+      {"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.mdb;Jet OLEDB:Database Password=topsecret",
+       "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.mdb;Jet OLEDB:Database Password=***"},
+      {"jet oledb:database password=x;  pass word = y", "jet oledb:database password=***;  pass word = ***"},
+      {"Driver={PostgreSQL Unicode};Server=h;Some_Password=x;PwdHint=keep",
+       "Driver={PostgreSQL Unicode};Server=h;Some_Password=***;PwdHint=keep"},
+      {"Pwd=\"unclosed;Uid=u", "Pwd=***"},
+      {"DSN=x;Pwd=", "DSN=x;Pwd="},
+      {"DSN=x", "DSN=x"},
+  };
+  for (const auto& [given, shown] : cases) EXPECT_EQ(ConnectionString::maskPasswords(given), shown) << given;
+}
+
+TEST(ConnectionString, PasswordKeysAreKnownWithoutRegardToCaseOrBlanks) {
+  EXPECT_TRUE(ConnectionString::isPasswordKey("PWD"));
+  EXPECT_TRUE(ConnectionString::isPasswordKey(" Password "));
+  EXPECT_TRUE(ConnectionString::isPasswordKey("Jet OLEDB:Database Password"));
+  EXPECT_TRUE(ConnectionString::isPasswordKey("Jet OLEDB:New Database PASS WORD"));
+  EXPECT_FALSE(ConnectionString::isPasswordKey("User ID"));
+  EXPECT_FALSE(ConnectionString::isPasswordKey("PasswordHint"));
+}
+
 #include "platform/ado/Provider.h"
 #include "varsentix/platform/ado/Connection.h"
 #include "varsentix/platform/vb/VBError.h"

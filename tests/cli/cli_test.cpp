@@ -3,11 +3,16 @@
 #include <sqlite3.h>
 #include <sys/wait.h>
 
+#include <iconv.h>
+
 #include <cstdlib>
+#include <optional>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
+#include "support/Engines.h"
 #include "support/TempDir.h"
 
 using varsentix::testing::TempDir;
@@ -35,11 +40,14 @@ std::string quoted(const std::string& arg) {
   return q + "'";
 }
 
-// Runs the program in dir with args; environment additions come first ("NO_COLOR=1").
-Outcome run(const TempDir& dir, const std::vector<std::string>& args, const std::string& env = "") {
+// Runs the program in dir with args; environment additions come first ("NO_COLOR=1"); input,
+// when given, is its standard input.
+Outcome run(const TempDir& dir, const std::vector<std::string>& args, const std::string& env = "",
+            const std::optional<std::string>& input = std::nullopt) {
   std::string command = "cd " + quoted(dir.path().string()) + " && " + env + " " + quoted(VARSENTIX_CLI);
   for (const auto& arg : args) command += " " + quoted(arg);
-  command += " >stdout.txt 2>stderr.txt </dev/null";
+  if (input) std::ofstream(dir.path() / "stdin.txt", std::ios::binary) << *input;
+  command += std::string(" >stdout.txt 2>stderr.txt <") + (input ? "stdin.txt" : "/dev/null");
   Outcome r;
   const int raw = std::system(command.c_str());
   r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
@@ -249,4 +257,201 @@ TEST(Cli, SourcesListsTheMachinesDataSources) {
   Outcome r = run(dir, {"sources"}, "ODBCSYSINI=" + quoted(dir.path().string()));
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "Stock\tMade Up Driver\n");
+}
+
+namespace {
+
+// A SQLite file dir/name made by the sqlite3 program from sql (bytes as they are).
+void makeSqlite(const TempDir& dir, const std::string& name, const std::string& sql) {
+  std::ofstream(dir.path() / "make.sql", std::ios::binary) << sql;
+  const std::string command = "sqlite3 -bail " + quoted(dir.file(name)) + " < " + quoted(dir.file("make.sql"));
+  ASSERT_EQ(std::system(command.c_str()), 0) << sql;
+}
+
+// Whether text is well-formed UTF-8, as glibc's converter judges it.
+bool isUtf8(const std::string& text) {
+  iconv_t converter = iconv_open("UTF-32LE", "UTF-8");
+  if (converter == reinterpret_cast<iconv_t>(-1)) return false;
+  std::string in = text;
+  char* from = in.data();
+  size_t left = in.size();
+  std::string buffer(4 * in.size() + 4, '\0');
+  char* to = buffer.data();
+  size_t room = buffer.size();
+  const size_t done = iconv(converter, &from, &left, &to, &room);
+  iconv_close(converter);
+  return done != static_cast<size_t>(-1) && left == 0;
+}
+
+// A table and a column whose names, and a value that, hold an escape sequence, a bell, DEL, a C1
+// control (U+009B, the one-byte CSI) and a byte that is not UTF-8; the Modified side lacks the record.
+void makeControlCharacterPair(const TempDir& dir) {
+  const std::string table = "\"t\x1b[2J\"";
+  const std::string create = "CREATE TABLE " + table + " (id INTEGER PRIMARY KEY, \"c\x07\" TEXT);\n";
+  makeSqlite(dir, "master.sqlite",
+             create + "INSERT INTO " + table + " VALUES (1, 'a\x1b]0;title\x07' || char(127) || char(155) || " +
+                 "CAST(X'FF' AS TEXT) || 'z\\');\n");
+  makeSqlite(dir, "source.sqlite", create);
+}
+
+}  // namespace
+
+TEST(Cli, TextReportShowsControlCharactersAndBytesThatAreNotUtf8Escaped) {
+  TempDir dir;
+  makeControlCharacterPair(dir);
+  Outcome r = run(dir, {"compare", "master.sqlite", "source.sqlite"});
+  EXPECT_EQ(r.status, 1) << r.err;
+  for (const std::string raw : {"\x1b", "\x07", "\x7f", "\xc2\x9b", "\xff"})
+    EXPECT_EQ(r.out.find(raw), std::string::npos) << "raw byte in the report: " << r.out;
+  EXPECT_NE(r.out.find("t\\x1b[2J"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("c\\x07='a\\x1b]0;title\\x07\\x7f\\x9b\\xffz\\\\'"), std::string::npos) << r.out;
+}
+
+TEST(Cli, JsonReportIsValidUtf8WhateverTheNamesAndValuesHold) {
+  TempDir dir;
+  makeControlCharacterPair(dir);
+  Outcome r = run(dir, {"compare", "--format", "json", "master.sqlite", "source.sqlite"});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_TRUE(isUtf8(r.out)) << r.out;
+  EXPECT_EQ(r.out.find('\x1b'), std::string::npos);
+  EXPECT_NE(r.out.find("\"t\\u001b[2J\""), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("\"a\\u001b]0;title\\u0007\\u007f\\u009b\\ufffdz\\\\\""), std::string::npos) << r.out;
+  if (std::system("command -v python3 >/dev/null 2>&1") == 0) {
+    const std::string check = "python3 -c 'import json,sys; json.loads(open(sys.argv[1], \"rb\").read().decode(\"utf-8\"))' " +
+                              quoted(dir.file("stdout.txt"));
+    EXPECT_EQ(std::system(check.c_str()), 0) << "not a JSON document: " << r.out;
+  }
+}
+
+TEST(Cli, PathsThatLookLikeConnectionStringSyntaxOpenTheFileNamed) {
+  TempDir dir;
+  makeSqlite(dir, "{x}.sqlite", "CREATE TABLE brace (id INTEGER PRIMARY KEY);\n");
+  makeSqlite(dir, "{x}", "CREATE TABLE wrong_file (id INTEGER PRIMARY KEY);\n");
+  makeSqlite(dir, "=a.sqlite", "CREATE TABLE equals (id INTEGER PRIMARY KEY);\n");
+  makeSqlite(dir, "a;Mode=x.sqlite", "CREATE TABLE semicolon (id INTEGER PRIMARY KEY);\n");
+  makeSqlite(dir, "a", "CREATE TABLE wrong_file (id INTEGER PRIMARY KEY);\n");
+  Outcome r = run(dir, {"compare", "--objects-only", "{x}.sqlite", "=a.sqlite"});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_NE(r.out.find("brace  only in Original"), std::string::npos) << r.out << r.err;
+  EXPECT_NE(r.out.find("equals  only in Modified"), std::string::npos) << r.out << r.err;
+  r = run(dir, {"compare", "--objects-only", "a;Mode=x.sqlite", dir.file("{x}.sqlite")});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_NE(r.out.find("semicolon  only in Original"), std::string::npos) << r.out << r.err;
+  EXPECT_NE(r.out.find("brace  only in Modified"), std::string::npos) << r.out << r.err;
+}
+
+TEST(Cli, AnAccessFileWithASemicolonInItsNameOpensThatFile) {
+  TempDir dir;
+  const auto sample = varsentix::testing::sharedDataDir() / "nwind.mdb";
+  if (!std::filesystem::exists(sample)) GTEST_SKIP() << "no sample Access file: " << sample;
+  std::filesystem::copy_file(sample, dir.path() / "nw;Mode=Share Deny None.mdb");
+  std::filesystem::copy_file(sample, dir.path() / "{nw}.mdb");
+  Outcome r = run(dir, {"compare", "--objects-only", "nw;Mode=Share Deny None.mdb", "{nw}.mdb"});
+  EXPECT_EQ(r.status, 0) << r.out << r.err;
+  EXPECT_NE(r.out.find("No differences: 0 tables"), std::string::npos) << r.out << r.err;
+}
+
+namespace {
+
+// A fresh database on engine as a connection string without its password, or nullopt (skip).
+std::string withoutPassword(const std::string& connectionString) {
+  return std::regex_replace(connectionString, std::regex("(^|;)\\s*pwd\\s*=[^;]*", std::regex::icase), "");
+}
+
+std::string passwordOf(const std::string& connectionString) {
+  std::smatch m;
+  if (std::regex_search(connectionString, m, std::regex("(?:^|;)\\s*pwd\\s*=([^;]*)", std::regex::icase)))
+    return m[1];
+  return "";
+}
+
+}  // namespace
+
+TEST(Cli, PasswordFromTheEnvironmentOrStandardInputAndNeverShown) {
+  using namespace varsentix::testing;
+  int engines = 0;
+  for (Engine engine : {Engine::PostgreSQL, Engine::MariaDB}) {
+    SCOPED_TRACE(engineName(engine));
+    auto db = makeTestDatabase(engine);
+    if (!db) continue;
+    ++engines;
+    db->exec("CREATE TABLE t (id INTEGER PRIMARY KEY)");
+    TempDir dir;
+    const std::string full = db->connectionString();
+    const std::string password = passwordOf(full);
+    ASSERT_FALSE(password.empty()) << "the server's connection string names no password";
+    const std::string bare = withoutPassword(full);
+    // Without a password the server refuses.
+    EXPECT_EQ(run(dir, {"compare", "--objects-only", bare, bare}).status, 2);
+    Outcome fromEnvironment =
+        run(dir, {"compare", "--objects-only", bare, bare}, "VARSENTIX_PASSWORD=" + quoted(password));
+    EXPECT_EQ(fromEnvironment.status, 0) << fromEnvironment.out << fromEnvironment.err;
+    Outcome fromInput = run(dir, {"compare", "--password-stdin", "--objects-only", bare, bare}, "", password + "\n");
+    EXPECT_EQ(fromInput.status, 0) << fromInput.out << fromInput.err;
+    EXPECT_EQ(run(dir, {"compare", "--password-stdin", "--password", "x", bare, bare}).status, 2);
+    // A wrong password holding ';' and quotes: refused, and shown nowhere.
+    for (const std::string& form : {std::string("--password=Wrong;S3cretTail\"'"), std::string("env")}) {
+      Outcome wrong = form == "env" ? run(dir, {"compare", "--objects-only", bare, bare},
+                                          "VARSENTIX_PASSWORD=" + quoted("Wrong;S3cretTail\"'"))
+                                    : run(dir, {"compare", "--objects-only", form, bare, bare});
+      EXPECT_EQ(wrong.status, 2) << wrong.out << wrong.err;
+      EXPECT_EQ((wrong.out + wrong.err).find("S3cretTail"), std::string::npos) << wrong.err;
+    }
+    // A connection string naming its own password shows it masked.
+    Outcome named = run(dir, {"compare", "--format", "json", "--objects-only", full, full});
+    EXPECT_EQ(named.status, 0) << named.err;
+    EXPECT_EQ(named.out.find(password), std::string::npos) << named.out;
+  }
+  if (engines == 0) GTEST_SKIP() << "no database server available";
+}
+
+TEST(Cli, PasswordsInWhatIsNamedAreNotShownWhenItCannotBeOpened) {
+  TempDir dir;
+  makeSqlite(dir, "a.sqlite", "CREATE TABLE t (id INTEGER PRIMARY KEY);\n");
+  for (const std::string& named : {std::string("DSN=varsentix_no_such_source;Pwd=\"x;S3cretTail\""),
+                                   std::string("Driver={Nothing};Jet OLEDB:Database Password=S3cretTail"),
+                                   std::string("Provider=SQLite;Data Source=missing.db;Password={S3cretTail}")}) {
+    Outcome r = run(dir, {"compare", named, "a.sqlite"});
+    EXPECT_EQ(r.status, 2) << named;
+    EXPECT_EQ((r.out + r.err).find("S3cretTail"), std::string::npos) << r.out << r.err;
+  }
+}
+
+TEST(Cli, ATableOrColumnThatCannotBeBracketedIsAProblemNotASameTable) {
+  TempDir dir;
+  const std::string sql =
+      "CREATE TABLE \"we]ird\" (id INTEGER PRIMARY KEY, v TEXT);\n"
+      "CREATE TABLE t (id INTEGER PRIMARY KEY, \"na]me\" TEXT);\n"
+      "CREATE TABLE plain (id INTEGER PRIMARY KEY);\n";
+  makeSqlite(dir, "master.sqlite", sql + "INSERT INTO \"we]ird\" VALUES (1, 'x'); INSERT INTO t VALUES (1, 'a');\n");
+  makeSqlite(dir, "source.sqlite", sql + "INSERT INTO \"we]ird\" VALUES (2, 'y'); INSERT INTO t VALUES (2, 'b');\n");
+  Outcome r = run(dir, {"compare", "master.sqlite", "source.sqlite"});
+  EXPECT_EQ(r.status, 2) << r.out << r.err;
+  EXPECT_NE(r.out.find("Problems\n  Not compared: the table we]ird holds ']'"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("  Not compared: the column na]me of the table t (its records) holds ']'"), std::string::npos)
+      << r.out;
+  EXPECT_EQ(r.out.find("No differences"), std::string::npos) << r.out;
+  EXPECT_EQ(r.out.find("no differences\n"), std::string::npos) << r.out;
+  EXPECT_NE(r.err.find("varsentix: Not compared: the table we]ird"), std::string::npos) << r.err;
+  Outcome json = run(dir, {"compare", "--format", "json", "master.sqlite", "source.sqlite"});
+  EXPECT_EQ(json.status, 2);
+  EXPECT_NE(json.out.find("\"complete\": false,"), std::string::npos) << json.out;
+  EXPECT_NE(json.out.find("\"problems\": [\n    \"Not compared: the table we]ird holds"), std::string::npos) << json.out;
+  Outcome one = run(dir, {"compare", "--table", "we]ird", "master.sqlite", "source.sqlite"});
+  EXPECT_EQ(one.status, 2) << one.out << one.err;
+  Outcome other = run(dir, {"compare", "--table", "plain", "master.sqlite", "source.sqlite"});
+  EXPECT_EQ(other.status, 0) << other.out << other.err;
+}
+
+TEST(Cli, ATableThatCannotBeBracketedIsAProblemOnAServerToo) {
+  using namespace varsentix::testing;
+  VARSENTIX_TEST_DATABASE(master, Engine::PostgreSQL);
+  VARSENTIX_TEST_DATABASE(source, Engine::PostgreSQL);
+  for (auto* db : {master.get(), source.get()})
+    db->exec("CREATE TABLE \"we]ird\" (id INTEGER PRIMARY KEY, v VARCHAR(10))");
+  master->exec("INSERT INTO \"we]ird\" VALUES (1, 'x')");
+  TempDir dir;
+  Outcome r = run(dir, {"compare", master->connectionString(), source->connectionString()});
+  EXPECT_EQ(r.status, 2) << r.out << r.err;
+  EXPECT_NE(r.out.find("Not compared: the table we]ird holds ']'"), std::string::npos) << r.out;
 }

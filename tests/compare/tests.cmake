@@ -4,4 +4,5 @@ varsentix_add_suite(varsentix_compare_tests
   compare/result_queries_test.cpp
   compare/end_to_end_test.cpp
   compare/read_only_compare_test.cpp
+  compare/unbracketable_names_test.cpp
 )

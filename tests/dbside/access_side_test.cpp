@@ -5,6 +5,7 @@
 #include <set>
 
 #include "dbside/DbsideTestSupport.h"
+#include "platform/ado/ConnectionString.h"
 #include "support/TempDir.h"
 #include "varsentix/datasource/ModADO.h"
 #include "varsentix/dbside/ModADOFields.h"
@@ -129,6 +130,6 @@ TEST(AccessSideBadFile, MissingMdbFileGivesMessageTwo) {
   m.openDatabaseConnection();
   EXPECT_EQ(m.getReturnConnectionMessage(),
             " " + numberAndDescription(*expected) +
-                " #2 Error occurred when attempting to open connection using the following connection string  " + cs +
+                " #2 Error occurred when attempting to open connection using the following connection string  " + varsentix::ado::detail::ConnectionString::maskPasswords(cs) +
                 " ||||");
 }

@@ -5,9 +5,11 @@
 #include <memory>
 
 #include "dbside/DbsideTestSupport.h"
+#include "platform/ado/ConnectionString.h"
 #include "dbside/EngineSupport.h"
 #include "support/TempDir.h"
 #include "varsentix/dbside/clsData.h"
+#include "varsentix/dbside/clsDBManager.h"
 
 using namespace varsentix::testing;
 using varsentix::clsData;
@@ -72,6 +74,28 @@ TEST_P(DataHelper, AnOpenConnectionIsNotReopened) {
   EXPECT_EQ(data.accessCn()->State(), ado::adStateOpen);
 }
 
+// A failing connection's message, and the side's description, name the connection string with
+// every password hidden: quoted with ';' inside, braced, Pwd, Password and Jet's own key.
+TEST_P(DataHelper, FailingConnectionMessageHidesEveryPassword) {
+  FRESH_DATABASE(db);
+  const std::string cs = withConnectionValue(unopenableConnectionString(*db), "Pwd", "\"Wrong1;S3cretTail\"") +
+                         ";Password='Wrong2;Tail2';PWD={Wrong3;Tail3};Jet OLEDB:Database Password=Clear4";
+  clsData data;
+  const std::string outcome = data.getAccessConnections(cs);
+  ASSERT_NE(outcome.find(" #2 Error occurred"), std::string::npos) << outcome;
+  varsentix::clsDBManager side;
+  side.initializeValues();
+  side.setConnectionString(cs);
+  side.openDatabaseConnection();
+  const std::string log = side.getReturnConnectionMessage();
+  ASSERT_NE(log.find(" #2 Error occurred"), std::string::npos) << log;
+  for (const std::string& text : {outcome, log, side.describeForDiagnostics()}) {
+    for (const char* secret : {"Wrong1", "S3cretTail", "Wrong2", "Tail2", "Wrong3", "Tail3", "Clear4"})
+      EXPECT_EQ(text.find(secret), std::string::npos) << secret << " shown in: " << text;
+    EXPECT_NE(text.find("Jet OLEDB:Database Password=***"), std::string::npos) << text;
+  }
+}
+
 TEST_P(DataHelper, FailingConnectionGivesMessageTwo) {
   FRESH_DATABASE(db);
   const std::string cs = unopenableConnectionString(*db);
@@ -79,7 +103,7 @@ TEST_P(DataHelper, FailingConnectionGivesMessageTwo) {
   clsData data;
   EXPECT_EQ(data.getAccessConnections(cs),
             numberAndDescription(expected) +
-                " #2 Error occurred when attempting to open connection using the following connection string  " + cs +
+                " #2 Error occurred when attempting to open connection using the following connection string  " + varsentix::ado::detail::ConnectionString::maskPasswords(cs) +
                 " ||");
   EXPECT_EQ(data.accessCn()->State(), ado::adStateClosed);
   EXPECT_NE(expected.number(), 0);
@@ -301,7 +325,7 @@ TEST(DataHelperWithoutDatabase, UnknownDataSourceGivesMessageTwo) {
   clsData data;
   EXPECT_EQ(data.getAccessConnections(cs),
             numberAndDescription(*expected) +
-                " #2 Error occurred when attempting to open connection using the following connection string  " + cs +
+                " #2 Error occurred when attempting to open connection using the following connection string  " + varsentix::ado::detail::ConnectionString::maskPasswords(cs) +
                 " ||");
 }
 

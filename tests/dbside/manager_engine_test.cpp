@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "dbside/DbsideTestSupport.h"
+#include "platform/ado/ConnectionString.h"
 #include "dbside/EngineSupport.h"
 #include "support/TempDir.h"
 #include "varsentix/datasource/ModADO.h"
@@ -68,7 +69,7 @@ class Manager : public ::testing::TestWithParam<Engine> {
   }
   static std::string messageTwo(const vb::VBError& e, const std::string& cs) {
     return numberAndDescription(e) +
-           " #2 Error occurred when attempting to open connection using the following connection string  " + cs + " ||";
+           " #2 Error occurred when attempting to open connection using the following connection string  " + varsentix::ado::detail::ConnectionString::maskPasswords(cs) + " ||";
   }
   static std::string messageThree(const vb::VBError& e, const std::string& sql) {
     return numberAndDescription(e) + " #3 Error occured when attempting to open table using the following SQL" + sql +
@@ -126,7 +127,7 @@ TEST_P(Manager, UnknownDataSourceNameAppendsMessageTwo) {
   m.openDatabaseSchema();
   EXPECT_EQ(m.getReturnConnectionMessage(),
             " " + messageTwo(expected, cs) + "||" + numberAndDescription(*schemaFailure) +
-                " #5 Error when attempting to open the database schema for the following connection :" + cs + " ||");
+                " #5 Error when attempting to open the database schema for the following connection :" + varsentix::ado::detail::ConnectionString::maskPasswords(cs) + " ||");
 }
 
 TEST_P(Manager, SchemaListsTheTables) {
@@ -170,7 +171,7 @@ TEST_P(Manager, SchemaOpenThatFailsKeepsTheOldListAndAppendsMessageFive) {
   EXPECT_TRUE(m->getDatabaseSchema() == old);
   const std::string message = m->getReturnConnectionMessage();
   const std::string tail =
-      " #5 Error when attempting to open the database schema for the following connection :" + db->connectionString() +
+      " #5 Error when attempting to open the database schema for the following connection :" + varsentix::ado::detail::ConnectionString::maskPasswords(db->connectionString()) +
       " ||";
   ASSERT_GT(message.size(), tail.size() + 6) << message;
   EXPECT_EQ(message.substr(message.size() - tail.size()), tail);
@@ -558,9 +559,9 @@ TEST(ManagerBadInput, ANonDatabaseFileIsRefusedWhenTheConnectionOpens) {
     m.openDatabaseSchema();
     EXPECT_EQ(m.getReturnConnectionMessage(),
               " " + numberAndDescription(*expected) +
-                  " #2 Error occurred when attempting to open connection using the following connection string  " + cs +
+                  " #2 Error occurred when attempting to open connection using the following connection string  " + varsentix::ado::detail::ConnectionString::maskPasswords(cs) +
                   " ||||" + numberAndDescription(*schemaFailure) +
-                  " #5 Error when attempting to open the database schema for the following connection :" + cs + " ||");
+                  " #5 Error when attempting to open the database schema for the following connection :" + varsentix::ado::detail::ConnectionString::maskPasswords(cs) + " ||");
     EXPECT_EQ(m.getDatabaseSchema()->State(), ado::adStateClosed);
   }
 }

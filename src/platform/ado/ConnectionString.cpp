@@ -35,9 +35,11 @@ std::string readKey(const std::string& text, size_t& pos) {
 }
 
 // Reads a value after '=': quoted ('...' or "..." with the quote doubled inside), in braces
-// (kept with its braces), or plain up to the next ';'. Leaves pos after the ending ';'.
-std::string readValue(const std::string& text, size_t& pos) {
+// (kept with its braces), or plain up to the next ';'. Leaves pos after the ending ';'; the
+// value's text as written runs from begin to end (blanks before it and the ';' left out).
+std::string readValue(const std::string& text, size_t& pos, size_t& begin, size_t& end) {
   while (pos < text.size() && isBlank(text[pos])) ++pos;
+  begin = pos;
   std::string value;
   if (pos < text.size() && (text[pos] == '"' || text[pos] == '\'')) {
     char quote = text[pos++];
@@ -54,25 +56,45 @@ std::string readValue(const std::string& text, size_t& pos) {
       value += text[pos++];
     }
     while (pos < text.size() && text[pos] != ';') ++pos;
+    end = pos;
   } else if (pos < text.size() && text[pos] == '{') {
-    size_t close = text.find('}', pos);
-    if (close == std::string::npos) close = text.size() - 1;
+    // The closing '}' is the first one not doubled ("}}" stands for one '}' inside).
+    size_t close = pos + 1;
+    while (close < text.size()) {
+      if (text[close] == '}') {
+        if (close + 1 < text.size() && text[close + 1] == '}') {
+          close += 2;
+          continue;
+        }
+        break;
+      }
+      ++close;
+    }
+    if (close >= text.size()) close = text.size() - 1;
     value = text.substr(pos, close - pos + 1);
     pos = close + 1;
     while (pos < text.size() && text[pos] != ';') ++pos;
+    end = pos;
   } else {
     while (pos < text.size() && text[pos] != ';') value += text[pos++];
     value = trimmed(value);
+    end = pos;
+    while (end > begin && isBlank(text[end - 1])) --end;
   }
   if (pos < text.size()) ++pos;  // the ';'
   return value;
 }
 
-}  // namespace
+struct Pair {
+  std::string key;
+  std::string value;
+  size_t valueBegin = 0;  // the value as written: text[valueBegin, valueEnd)
+  size_t valueEnd = 0;
+};
 
-ConnectionString ConnectionString::parse(const std::string& text) {
-  ConnectionString result;
-  result.text_ = text;
+// Every "key=value" of text in order, as parse reads them.
+template <typename Visit>
+void scan(const std::string& text, Visit&& visit) {
   size_t pos = 0;
   while (pos < text.size()) {
     while (pos < text.size() && (isBlank(text[pos]) || text[pos] == ';')) ++pos;
@@ -80,15 +102,60 @@ ConnectionString ConnectionString::parse(const std::string& text) {
     std::string key = readKey(text, pos);
     if (pos >= text.size() || text[pos] != '=') {
       // A key without a value ("Foo;"): kept with an empty value.
+      const size_t at = pos;
       if (pos < text.size()) ++pos;
-      if (!key.empty()) result.pairs_.emplace_back(key, "");
+      if (!key.empty()) visit(Pair{key, "", at, at});
       continue;
     }
     ++pos;  // the '='
-    std::string value = readValue(text, pos);
-    if (!key.empty()) result.pairs_.emplace_back(key, value);
+    Pair pair;
+    pair.key = key;
+    pair.value = readValue(text, pos, pair.valueBegin, pair.valueEnd);
+    if (!key.empty()) visit(pair);
   }
+}
+
+}  // namespace
+
+ConnectionString ConnectionString::parse(const std::string& text) {
+  ConnectionString result;
+  result.text_ = text;
+  scan(text, [&](const Pair& pair) { result.pairs_.emplace_back(pair.key, pair.value); });
   return result;
+}
+
+std::string ConnectionString::quoteValue(const std::string& value) {
+  const bool plain = value.find_first_of(";\"'") == std::string::npos &&
+                     (value.empty() || (value.front() != '{' && value.front() != '=' &&
+                                        !isBlank(value.front()) && !isBlank(value.back())));
+  if (plain) return value;
+  std::string quoted = "\"";
+  for (char c : value) {
+    quoted += c;
+    if (c == '"') quoted += '"';
+  }
+  return quoted + "\"";
+}
+
+bool ConnectionString::isPasswordKey(const std::string& key) {
+  std::string squeezed;
+  for (char c : vb::LCase(key))
+    if (!isBlank(c)) squeezed += c;
+  static const std::string password = "password";
+  return squeezed == "pwd" ||
+         (squeezed.size() >= password.size() &&
+          squeezed.compare(squeezed.size() - password.size(), password.size(), password) == 0);
+}
+
+std::string ConnectionString::maskPasswords(const std::string& text) {
+  std::string out;
+  size_t copied = 0;
+  scan(text, [&](const Pair& pair) {
+    if (!isPasswordKey(pair.key) || pair.valueBegin == pair.valueEnd) return;
+    out += text.substr(copied, pair.valueBegin - copied) + "***";
+    copied = pair.valueEnd;
+  });
+  return out + text.substr(copied);
 }
 
 std::optional<std::string> ConnectionString::get(const std::string& key) const {

@@ -1,7 +1,8 @@
 #pragma once
 // ADO / OLE DB connection-string syntax: "key=value;" pairs, keys case-insensitive, values in
 // single or double quotes when they hold ';' (a doubled quote inside stands for one), blanks
-// around keys and values ignored, a value in braces kept whole ("Driver={SQLite3 ODBC Driver}").
+// around keys and values ignored, a value in braces kept whole with its braces ("}}" inside
+// stands for one '}', as ODBC reads it: "Driver={SQLite3 ODBC Driver}").
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,6 +19,19 @@ class ConnectionString {
   std::string getOr(const std::string& key, const std::string& fallback) const;
   const std::vector<std::pair<std::string, std::string>>& pairs() const { return pairs_; }
   const std::string& text() const { return text_; }
+
+  // The value as it is to be written after "key=" so that parse reads back exactly value: as it
+  // is when nothing in it would be read otherwise, else in double quotes with every '"' doubled
+  // (a value holding ';', a quote, a leading '{' or '=', or blanks at either end).
+  static std::string quoteValue(const std::string& value);
+
+  // text with the value of every password key replaced by "***", the rest as it was written.
+  // Password keys: Pwd, Password, and any key ending in "password" (Jet OLEDB:Database
+  // Password), compared without regard to case or blanks. Values are found as parse finds them,
+  // quoted and braced ones whole. Every place that shows a connection string shows it masked.
+  static std::string maskPasswords(const std::string& text);
+  // Whether key names a password (see maskPasswords).
+  static bool isPasswordKey(const std::string& key);
 
  private:
   std::string text_;
