@@ -22,6 +22,7 @@
 #include "platform/ado/Provider.h"
 #include "platform/ado/SchemaRowsets.h"
 #include "platform/ado/SqlDialect.h"
+#include "platform/ado/SqlLexer.h"
 #include "platform/ado/TypeInfo.h"
 #include "platform/ado/providers/odbc/OdbcText.h"
 #include "platform/ado/providers/odbc/OdbcTypes.h"
@@ -211,6 +212,11 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   SQLRETURN driverConnect(const std::string& text);
   void disconnect() noexcept;
   void detect();
+  // Makes the session read string literals the way the system writes them (doubled
+  // apostrophes, a backslash as a plain character) and checks that it does; raises otherwise.
+  void settleLiteralRules();
+  // Which lexer reads the statements sent: the engine's.
+  SqlEngine lexedAs() const;
   std::string odbcConnectionString(const ConnectionString& connection, const std::string& userID,
                                    const std::string& password, Dbms dbms) const;
   std::unique_ptr<Statement> newStatement();
@@ -250,6 +256,9 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   std::string catalog_;  // the connected database (MariaDB lists only its tables)
   int transactionDepth_ = 0;
   SQLULEN loginTimeout_ = kLoginTimeoutSeconds;
+  // Whether a backslash in a '...' literal escapes the next character for this session: assumed
+  // until settleLiteralRules has seen the engine's setting.
+  bool backslashEscapes_ = true;
 };
 
 // ---- the cursor -----------------------------------------------------------------------------
@@ -708,6 +717,76 @@ void OdbcSession::connect(const ConnectionString& connection, const std::string&
     if (!SQL_SUCCEEDED(driverConnect(text))) raise(SQL_HANDLE_DBC, dbc_, "", vb::errnum::ProviderError);
     detect();
   }
+  settleLiteralRules();
+}
+
+SqlEngine OdbcSession::lexedAs() const {
+  switch (dbms_) {
+    case Dbms::PostgreSQL: return SqlEngine::PostgreSQL;
+    case Dbms::MariaDB: return SqlEngine::MariaDB;
+    case Dbms::SQLite: return SqlEngine::SQLite;
+    default: return SqlEngine::Other;
+  }
+}
+
+namespace {
+
+// The first column of the first row of cursor as text ("" for none); the rest is read away.
+std::string firstText(std::unique_ptr<RowCursor> cursor) {
+  Row row;
+  std::string text;
+  if (cursor->fetch(row) && !row.empty() && !row[0].isNull()) text = row[0].toText();
+  while (cursor->fetch(row)) {
+  }
+  return text;
+}
+
+bool listHolds(const std::string& commaList, const std::string& item) {
+  size_t start = 0;
+  while (start <= commaList.size()) {
+    size_t end = commaList.find(',', start);
+    if (end == std::string::npos) end = commaList.size();
+    if (vb::UCase(commaList.substr(start, end - start)) == item) return true;
+    start = end + 1;
+  }
+  return false;
+}
+
+}  // namespace
+
+void OdbcSession::settleLiteralRules() {
+  // The system writes a literal as '...' with each apostrophe doubled and nothing else escaped.
+  // An engine that read a backslash as an escape would end such a literal elsewhere than the
+  // system meant: a value ending in a backslash would swallow the next one's opening quote.
+  if (dbms_ == Dbms::MariaDB) {
+    auto stmt = newStatement();
+    execDirect(*stmt,
+               "SET SESSION sql_mode = CONCAT_WS(',', NULLIF(@@SESSION.sql_mode, ''), 'NO_BACKSLASH_ESCAPES')");
+    stmt.reset();
+    const std::string mode = firstText(queryNative("SELECT @@SESSION.sql_mode"));
+    if (!listHolds(mode, "NO_BACKSLASH_ESCAPES"))
+      vb::raiseError(vb::errnum::ProviderError,
+                     "The MariaDB session could not be set to read a backslash in a string literal as a plain "
+                     "character: its sql_mode is '" + mode + "', without NO_BACKSLASH_ESCAPES.",
+                     kSource);
+    backslashEscapes_ = false;
+  } else if (dbms_ == Dbms::PostgreSQL) {
+    std::string setting = firstText(queryNative("SHOW standard_conforming_strings"));
+    if (lower(setting) != "on") {
+      auto stmt = newStatement();
+      execDirect(*stmt, "SET standard_conforming_strings = on");
+      stmt.reset();
+      setting = firstText(queryNative("SHOW standard_conforming_strings"));
+    }
+    if (lower(setting) != "on")
+      vb::raiseError(vb::errnum::ProviderError,
+                     "The PostgreSQL session could not be set to read a backslash in a string literal as a "
+                     "plain character: standard_conforming_strings is '" + setting + "', not 'on'.",
+                     kSource);
+    backslashEscapes_ = false;
+  } else if (dbms_ == Dbms::SQLite) {
+    backslashEscapes_ = false;
+  }
 }
 
 void OdbcSession::raise(SQLSMALLINT handleType, SQLHANDLE handle, const std::string& context,
@@ -768,6 +847,8 @@ std::unique_ptr<Statement> OdbcSession::newStatement() {
 
 template <typename Wide, typename Narrow>
 void OdbcSession::passText(Statement& stmt, const std::string& nativeSql, Wide wide, Narrow narrow) {
+  // Whatever builds the text, the engine gets one statement read as the engine reads it.
+  checkSingleStatement(nativeSql, lexedAs(), backslashEscapes_);
   SQLRETURN rc;
   if (wide_) {
     std::u16string w = utf8ToUtf16(nativeSql);
@@ -1039,7 +1120,7 @@ std::vector<OdbcSession::KeyRow> OdbcSession::primaryKeyRows(const vb::Variant& 
 std::string OdbcSession::literal(const std::string& text) const {
   std::string quoted = "'";
   for (char c : text) {
-    if (c == '\'' || (c == '\\' && dbms_ == Dbms::MariaDB)) quoted += c;
+    if (c == '\'' || (c == '\\' && dbms_ == Dbms::MariaDB && backslashEscapes_)) quoted += c;
     quoted += c;
   }
   return quoted + "'";
