@@ -1,0 +1,211 @@
+// The one-statement check and the sessions' literal rules against the real engines: text that
+// would hide a second statement from a reader of the wrong dialect is refused and runs nothing
+// (a canary table stays), and any text written as a '...' literal comes back unchanged.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "AdoTestSupport.h"
+#include "varsentix/platform/vb/VBError.h"
+
+using namespace varsentix;
+using namespace varsentix::ado;
+using namespace varsentix::testing;
+
+namespace {
+
+// text as the system writes a literal: in apostrophes, each apostrophe doubled.
+std::string literal(const std::string& text) {
+  std::string out = "'";
+  for (char c : text) {
+    if (c == '\'') out += '\'';
+    out += c;
+  }
+  return out + "'";
+}
+
+void makeCanary(TestDatabase& db) {
+  db.exec("CREATE TABLE canary (id INTEGER)");
+  db.exec("INSERT INTO canary VALUES (1)");
+}
+
+bool canaryAlive(TestDatabase& db) {
+  try {
+    return db.scalar("SELECT count(*) FROM canary") == "1";
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+// Runs sql on cn; the number of the VBError it raised, 0 when it ran.
+int32_t runNumber(Connection& cn, const std::string& sql) {
+  try {
+    auto rs = cn.Execute(sql);
+    if (rs && rs->State() == adStateOpen) rs->Close();
+  } catch (const vb::VBError& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+std::string firstValue(Connection& cn, const std::string& sql) {
+  auto rs = cn.Execute(sql);
+  EXPECT_FALSE(rs->isEOF());
+  vb::Variant value = rs->field(0).Value();
+  rs->Close();
+  return value.isNull() ? "<null>" : value.toText();
+}
+
+std::vector<std::string> hostileTexts() {
+  std::string big;
+  const std::string piece = "' \" ` ] [ ; -- # /* */ $$ $a$ \\ é\n";
+  while (big.size() < 100 * 1024) big += piece;
+  return {
+      "' \" ` ] [ ; -- # /* */ $$ $a$ \\",
+      "x\\",
+      "\\",
+      "\\'",
+      "' OR 1=1 -- ",
+      "$$'$$; DROP TABLE canary; --'",
+      "*/ ; DROP TABLE canary; /*",
+      "line one\nline two\r\nline three\r",
+      std::string("\x01\x02\x1b\x1f\x7f\t\f\v", 8),
+      "Größe – 日本語 – ✓ 😀",
+      big,
+  };
+}
+
+class LexerOnEngine : public ::testing::TestWithParam<Engine> {};
+
+}  // namespace
+
+TEST_P(LexerOnEngine, ALiteralComesBackExactlyAsWritten) {
+  ADO_TEST_DATABASE(db, GetParam());
+  makeCanary(*db);
+  auto cn = connect(*db);
+  for (const std::string& text : hostileTexts()) {
+    EXPECT_EQ(firstValue(*cn, "select " + literal(text) + " as [v]"), text)
+        << "text of " << text.size() << " bytes starting " << text.substr(0, 40);
+  }
+  EXPECT_TRUE(canaryAlive(*db));
+}
+
+TEST_P(LexerOnEngine, ASecondStatementIsRefusedAndNothingRuns) {
+  ADO_TEST_DATABASE(db, GetParam());
+  makeCanary(*db);
+  auto cn = connect(*db);
+  EXPECT_EQ(runNumber(*cn, "select 1; DROP TABLE canary"), vb::errnum::ProviderSyntaxError);
+  EXPECT_EQ(runNumber(*cn, "select 1 -- ;\n; DROP TABLE canary"), vb::errnum::ProviderSyntaxError);
+  EXPECT_TRUE(canaryAlive(*db));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, LexerOnEngine, ::testing::ValuesIn(adoEngines()), EngineParamName());
+
+// ---- PostgreSQL -----------------------------------------------------------------------------
+
+namespace {
+
+struct PostgresCase {
+  const char* why;
+  const char* sql;
+};
+
+}  // namespace
+
+TEST(LexerOnPostgreSQL, QuotesTheSystemsDialectDoesNotKnowHideNoStatement) {
+  ADO_TEST_DATABASE(db, Engine::PostgreSQL);
+  makeCanary(*db);
+  auto cn = connect(*db);
+  const PostgresCase cases[] = {
+      {"dollar quote", "select 1 where 1 = $$'$$; DROP TABLE canary; --'"},
+      {"tagged dollar quote", "select 1 where 1 = $x$'$x$; DROP TABLE canary; --'"},
+      {"escape string", "select E'\\''; DROP TABLE canary; --'"},
+      {"continued escape string", "select E'a'\n'\\'' ; DROP TABLE canary; --'"},
+      {"comment ended at a carriage return", "select 1 -- x\r; DROP TABLE canary"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(runNumber(*cn, c.sql), vb::errnum::ProviderSyntaxError) << c.why;
+    EXPECT_TRUE(canaryAlive(*db)) << c.why;
+  }
+}
+
+TEST(LexerOnPostgreSQL, ConstructsReadAsOneStatementRunAsOne) {
+  ADO_TEST_DATABASE(db, Engine::PostgreSQL);
+  makeCanary(*db);
+  auto cn = connect(*db);
+  // (The system's own dialect must read the text as one statement too: its quotes pair up.)
+  EXPECT_EQ(firstValue(*cn, "select $$a';'b$$"), "a';'b");
+  EXPECT_EQ(firstValue(*cn, "select $t$ $$ '' $t$"), " $$ '' ");
+  EXPECT_EQ(firstValue(*cn, "select E'a\\\\b', E'it''s'"), "a\\b");
+  EXPECT_EQ(firstValue(*cn, "select 'a\\'"), "a\\");
+  EXPECT_EQ(firstValue(*cn, "select 'con'\n'tinued'"), "continued");
+  EXPECT_EQ(firstValue(*cn, "select /* a /* nested */ comment */ 'x'"), "x");
+  EXPECT_EQ(firstValue(*cn, "select U&'d\\0061t\\+000061'"), "data");
+  EXPECT_TRUE(canaryAlive(*db));
+}
+
+TEST(LexerOnPostgreSQL, TheSessionReadsStandardStringsEvenWhereTheDatabaseSaysOtherwise) {
+  ADO_TEST_DATABASE(db, Engine::PostgreSQL);
+  makeCanary(*db);
+  const std::string name = db->scalar("select current_database()");
+  db->exec("ALTER DATABASE \"" + name + "\" SET standard_conforming_strings = off");
+  auto cn = connect(*db);
+  EXPECT_EQ(firstValue(*cn, "show standard_conforming_strings"), "on");
+  // Read with backslash escapes this would be one literal and then a second statement.
+  auto rs = cn->Execute("select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b");
+  EXPECT_EQ(rs->field(0).Value().toText(), "x\\");
+  EXPECT_EQ(rs->field(1).Value().toText(), " ; DROP TABLE canary; -- ");
+  rs->Close();
+  EXPECT_TRUE(canaryAlive(*db));
+}
+
+// ---- MariaDB --------------------------------------------------------------------------------
+
+TEST(LexerOnMariaDB, TheSessionReadsABackslashAsAPlainCharacter) {
+  ADO_TEST_DATABASE(db, Engine::MariaDB);
+  makeCanary(*db);
+  auto cn = connect(*db);
+  EXPECT_NE(firstValue(*cn, "select @@SESSION.sql_mode").find("NO_BACKSLASH_ESCAPES"), std::string::npos);
+  // With backslash escapes the second apostrophe would be escaped and the third end the literal.
+  auto rs = cn->Execute("select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b");
+  EXPECT_EQ(rs->field(0).Value().toText(), "x\\");
+  EXPECT_EQ(rs->field(1).Value().toText(), " ; DROP TABLE canary; -- ");
+  rs->Close();
+  EXPECT_TRUE(canaryAlive(*db));
+}
+
+TEST(LexerOnMariaDB, TheBackslashPairSelectsNoOtherRow) {
+  ADO_TEST_DATABASE(db, Engine::MariaDB);
+  db->exec("CREATE TABLE t (a VARCHAR(20), b VARCHAR(20))");
+  db->exec("INSERT INTO t VALUES ('another', 'row')");
+  auto cn = connect(*db);
+  auto rs = cn->Execute("select [a], [b] from [t] where [a] = 'x\\' AND [b] like ' OR 1=1 -- '");
+  EXPECT_TRUE(rs->isEOF());
+  rs->Close();
+}
+
+TEST(LexerOnMariaDB, ExecutableCommentsAreRefused) {
+  ADO_TEST_DATABASE(db, Engine::MariaDB);
+  makeCanary(*db);
+  auto cn = connect(*db);
+  EXPECT_EQ(runNumber(*cn, "select 1 /*! , (select count(*) from canary) */"), vb::errnum::ProviderSyntaxError);
+  EXPECT_EQ(runNumber(*cn, "select 1 /*M! , 2 */"), vb::errnum::ProviderSyntaxError);
+  EXPECT_EQ(runNumber(*cn, "select 1 # x\n; DROP TABLE canary"), vb::errnum::ProviderSyntaxError);
+  EXPECT_TRUE(canaryAlive(*db));
+}
+
+// ---- the Access provider --------------------------------------------------------------------
+
+TEST(LexerOnJet, ALiteralComesBackExactlyAsWritten) {
+  const auto file = sharedDataDir() / "nwind.mdb";
+  if (!std::filesystem::exists(file)) GTEST_SKIP() << "nwind.mdb missing";
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + file.string());
+  for (const std::string& text : hostileTexts())
+    EXPECT_EQ(firstValue(*cn, "select " + literal(text) + " as [v]"), text)
+        << "text of " << text.size() << " bytes starting " << text.substr(0, 40);
+  EXPECT_EQ(runNumber(*cn, "select 1 /* ; */"), vb::errnum::ProviderSyntaxError);
+  EXPECT_EQ(runNumber(*cn, "select $a(';') as v"), vb::errnum::ProviderSyntaxError);
+}
