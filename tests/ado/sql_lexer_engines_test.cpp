@@ -209,3 +209,44 @@ TEST(LexerOnJet, ALiteralComesBackExactlyAsWritten) {
   EXPECT_EQ(runNumber(*cn, "select 1 /* ; */"), vb::errnum::ProviderSyntaxError);
   EXPECT_EQ(runNumber(*cn, "select $a(';') as v"), vb::errnum::ProviderSyntaxError);
 }
+
+// ---- a session that changes its own literal rules -------------------------------------------
+
+namespace {
+
+std::string refusalText(Connection& cn, const std::string& sql) {
+  try {
+    auto rs = cn.Execute(sql);
+    if (rs && rs->State() == adStateOpen) rs->Close();
+  } catch (const vb::VBError& e) {
+    return e.description();
+  }
+  return "";
+}
+
+}  // namespace
+
+TEST(LexerOnMariaDB, AStatementThatChangesTheSqlModeIsFollowed) {
+  ADO_TEST_DATABASE(db, Engine::MariaDB);
+  makeCanary(*db);
+  auto cn = connect(*db);
+  cn->Execute("SET SESSION sql_mode = ''");
+  // The session now reads 'x\' as a, ' as one literal and the rest as a second statement.
+  EXPECT_NE(refusalText(*cn, "select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b").find("Only one SQL statement"),
+            std::string::npos);
+  EXPECT_EQ(firstValue(*cn, "select 'a\\\\b'"), "a\\b");
+  EXPECT_TRUE(canaryAlive(*db));
+}
+
+TEST(LexerOnPostgreSQL, AStatementThatChangesStandardStringsIsFollowed) {
+  ADO_TEST_DATABASE(db, Engine::PostgreSQL);
+  makeCanary(*db);
+  auto cn = connect(*db);
+  cn->Execute("SET standard_conforming_strings = off");
+  EXPECT_NE(refusalText(*cn, "select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b").find("Only one SQL statement"),
+            std::string::npos);
+  EXPECT_TRUE(canaryAlive(*db));
+  cn->Execute("RESET ALL");
+  EXPECT_EQ(firstValue(*cn, "select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b"), "x\\");
+  EXPECT_TRUE(canaryAlive(*db));
+}

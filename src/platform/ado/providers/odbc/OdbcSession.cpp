@@ -215,6 +215,10 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   // Makes the session read string literals the way the system writes them (doubled
   // apostrophes, a backslash as a plain character) and checks that it does; raises otherwise.
   void settleLiteralRules();
+  // Reads again how the session reads a backslash, after a statement that may have changed it.
+  void rereadLiteralRules();
+  // Whether nativeSql may change how the session reads literals (it names the setting).
+  bool mayChangeLiteralRules(const std::string& nativeSql) const;
   // Which lexer reads the statements sent: the engine's.
   SqlEngine lexedAs() const;
   std::string odbcConnectionString(const ConnectionString& connection, const std::string& userID,
@@ -256,9 +260,12 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   std::string catalog_;  // the connected database (MariaDB lists only its tables)
   int transactionDepth_ = 0;
   SQLULEN loginTimeout_ = kLoginTimeoutSeconds;
-  // Whether a backslash in a '...' literal escapes the next character for this session: assumed
-  // until settleLiteralRules has seen the engine's setting.
-  bool backslashEscapes_ = true;
+  // How this session reads a backslash in a '...' literal: plain, as an escape of the next
+  // character, or not known (before settleLiteralRules has seen the engine's setting, or when
+  // reading it again failed): then text is checked both ways and must be one statement in both.
+  enum class Backslash { Plain, Escapes, Unknown };
+  Backslash backslash_ = Backslash::Unknown;
+  bool rulesToReread_ = false;
 };
 
 // ---- the cursor -----------------------------------------------------------------------------
@@ -769,7 +776,7 @@ void OdbcSession::settleLiteralRules() {
                      "The MariaDB session could not be set to read a backslash in a string literal as a plain "
                      "character: its sql_mode is '" + mode + "', without NO_BACKSLASH_ESCAPES.",
                      kSource);
-    backslashEscapes_ = false;
+    backslash_ = Backslash::Plain;
   } else if (dbms_ == Dbms::PostgreSQL) {
     std::string setting = firstText(queryNative("SHOW standard_conforming_strings"));
     if (lower(setting) != "on") {
@@ -783,9 +790,36 @@ void OdbcSession::settleLiteralRules() {
                      "The PostgreSQL session could not be set to read a backslash in a string literal as a "
                      "plain character: standard_conforming_strings is '" + setting + "', not 'on'.",
                      kSource);
-    backslashEscapes_ = false;
+    backslash_ = Backslash::Plain;
   } else if (dbms_ == Dbms::SQLite) {
-    backslashEscapes_ = false;
+    backslash_ = Backslash::Plain;
+  }
+}
+
+bool OdbcSession::mayChangeLiteralRules(const std::string& nativeSql) const {
+  if (dbms_ != Dbms::MariaDB && dbms_ != Dbms::PostgreSQL) return false;
+  const std::string text = lower(nativeSql);
+  if (dbms_ == Dbms::MariaDB) return text.find("sql_mode") != std::string::npos;
+  if (text.find("standard_conforming_strings") != std::string::npos) return true;
+  // RESET ALL and DISCARD ALL put every setting back to the database's default.
+  const size_t start = text.find_first_not_of(" \t\r\n\f(");
+  if (start == std::string::npos) return false;
+  return text.compare(start, 5, "reset") == 0 || text.compare(start, 7, "discard") == 0;
+}
+
+void OdbcSession::rereadLiteralRules() {
+  try {
+    if (dbms_ == Dbms::MariaDB) {
+      const std::string mode = firstText(queryNative("SELECT @@SESSION.sql_mode"));
+      backslash_ = listHolds(mode, "NO_BACKSLASH_ESCAPES") ? Backslash::Plain : Backslash::Escapes;
+    } else if (dbms_ == Dbms::PostgreSQL) {
+      const std::string setting = lower(firstText(queryNative("SHOW standard_conforming_strings")));
+      backslash_ = setting == "on" ? Backslash::Plain : Backslash::Escapes;
+    }
+  } catch (const vb::VBError&) {
+    // In a failed transaction PostgreSQL answers nothing until it ends: asked again next time.
+    backslash_ = Backslash::Unknown;
+    rulesToReread_ = true;
   }
 }
 
@@ -848,7 +882,16 @@ std::unique_ptr<Statement> OdbcSession::newStatement() {
 template <typename Wide, typename Narrow>
 void OdbcSession::passText(Statement& stmt, const std::string& nativeSql, Wide wide, Narrow narrow) {
   // Whatever builds the text, the engine gets one statement read as the engine reads it.
-  checkSingleStatement(nativeSql, lexedAs(), backslashEscapes_);
+  if (rulesToReread_) {
+    rulesToReread_ = false;
+    rereadLiteralRules();
+  }
+  if (backslash_ == Backslash::Unknown) {
+    checkSingleStatement(nativeSql, lexedAs(), false);
+    checkSingleStatement(nativeSql, lexedAs(), true);
+  } else {
+    checkSingleStatement(nativeSql, lexedAs(), backslash_ == Backslash::Escapes);
+  }
   SQLRETURN rc;
   if (wide_) {
     std::u16string w = utf8ToUtf16(nativeSql);
@@ -886,12 +929,17 @@ std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql
 }
 
 std::unique_ptr<RowCursor> OdbcSession::query(const std::string& sql) {
-  return queryNative(translate(sql));
+  const std::string native = translate(sql);
+  auto cursor = queryNative(native);
+  if (mayChangeLiteralRules(native)) rulesToReread_ = true;
+  return cursor;
 }
 
 std::unique_ptr<RowCursor> OdbcSession::queryDeferred(const std::string& sql) {
+  const std::string native = translate(sql);
   auto stmt = newStatement();
-  prepare(*stmt, translate(sql));
+  prepare(*stmt, native);
+  if (mayChangeLiteralRules(native)) rulesToReread_ = true;
   return std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt), true);
 }
 
@@ -900,6 +948,7 @@ int64_t OdbcSession::execute(const std::string& sql) {
   if (native.find_first_not_of(" \t\r\n") == std::string::npos) return -1;
   auto stmt = newStatement();
   execDirect(*stmt, native);
+  if (mayChangeLiteralRules(native)) rulesToReread_ = true;
   SQLSMALLINT columns = 0;
   api_.SQLNumResultCols(stmt->handle, &columns);
   if (columns > 0) return -1;  // rows returned are discarded
@@ -1120,7 +1169,7 @@ std::vector<OdbcSession::KeyRow> OdbcSession::primaryKeyRows(const vb::Variant& 
 std::string OdbcSession::literal(const std::string& text) const {
   std::string quoted = "'";
   for (char c : text) {
-    if (c == '\'' || (c == '\\' && dbms_ == Dbms::MariaDB && backslashEscapes_)) quoted += c;
+    if (c == '\'' || (c == '\\' && dbms_ == Dbms::MariaDB && backslash_ == Backslash::Escapes)) quoted += c;
     quoted += c;
   }
   return quoted + "'";
@@ -1396,6 +1445,7 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
                                   const std::vector<ColumnInfo>& valueColumns) {
   auto stmt = newStatement();
   prepare(*stmt, nativeSql);
+  if (mayChangeLiteralRules(nativeSql)) rulesToReread_ = true;
   SQLRETURN rc;
 
   std::vector<Parameter> params(values.size());
