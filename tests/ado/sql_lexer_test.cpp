@@ -236,8 +236,13 @@ TEST(SqlLexerMariaDB, TheBackslashPairThatHidARecord) {
 TEST(SqlLexerMariaDB, BackslashEscapesFollowTheSession) {
   EXPECT_TRUE(taken("select 'a\\'", SqlEngine::MariaDB, false));
   EXPECT_FALSE(taken("select 'a\\'", SqlEngine::MariaDB, true));
-  EXPECT_TRUE(taken("select \"a\\\"b\"", SqlEngine::MariaDB, true));
+  // "..." is a string, or a name under ANSI_QUOTES: with escapes on, a backslash in it is refused.
+  EXPECT_FALSE(taken("select \"a\\\"b\"", SqlEngine::MariaDB, true));
   EXPECT_FALSE(taken("select \"a\\\"b\"", SqlEngine::MariaDB, false));
+  EXPECT_TRUE(taken("select \"a\\\"", SqlEngine::MariaDB, false));
+  // A backslash after a non-ASCII byte may end a multi-byte character.
+  EXPECT_FALSE(taken("select '\xbf\\' ; drop table t; -- '", SqlEngine::MariaDB, true));
+  EXPECT_TRUE(taken("select '\xbf\\'", SqlEngine::MariaDB, false));
   EXPECT_TRUE(taken("select 'a''b', \"a\"\"b\"", SqlEngine::MariaDB, false));
   EXPECT_FALSE(taken("select 'a\\", SqlEngine::MariaDB, true));
 }

@@ -129,6 +129,11 @@ class Lexer {
       }
       if (c == '\\') {
         if (rule == Rule::DoubledEscaped) {
+          // In a multi-byte character set (GBK, Big5, SJIS) a backslash byte can end a
+          // character: the engine would not read it as an escape.
+          if (engine_ == SqlEngine::MariaDB && i > 0 && static_cast<unsigned char>(s_[i - 1]) >= 0x80)
+            refuse("The SQL statement holds a backslash after a non-ASCII byte inside a literal, which "
+                   "MariaDB may read as part of a character rather than as an escape. It is refused.");
           if (i + 1 >= n_) refuse(unterminated);
           if (s_[i + 1] == '\0') nulInLiteral();
           i += 2;
@@ -179,8 +184,11 @@ class Lexer {
 
   void doubleQuoted() {
     switch (engine_) {
-      case SqlEngine::MariaDB:  // a string, read as '...' is (or a name under ANSI_QUOTES)
-        quotedBody('"', plainStringRule(), "Unterminated string literal in the SQL statement.");
+      case SqlEngine::MariaDB:
+        // A string, read as '...' is; under ANSI_QUOTES a name, where a backslash never escapes:
+        // with backslash escapes on, a backslash inside is refused.
+        quotedBody('"', backslashEscapes_ ? Rule::PlainNoBackslash : Rule::Doubled,
+                   "Unterminated string literal in the SQL statement.");
         return;
       case SqlEngine::Other:
         quotedBody('"', Rule::PlainNoBackslash, "Unterminated quoted identifier in the SQL statement.");
