@@ -360,3 +360,46 @@ TEST(SqlLexer, ALongTextIsReadToItsEnd) {
     EXPECT_FALSE(taken("select " + literal + "; drop table t", engine));
   }
 }
+
+// ---- against SQLite's own reader ------------------------------------------------------------
+
+#include <sqlite3.h>
+
+#include <random>
+
+TEST(SqlLexerSQLite, WhatTheCheckTakesSQLiteReadsAsOneStatement) {
+  // Texts made of pieces that start or end literals, names, comments and statements: whenever
+  // the check takes one, SQLite's reader must find nothing after its first statement.
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(":memory:", &db), SQLITE_OK);
+  sqlite3_exec(db, "CREATE TABLE t (a, b)", nullptr, nullptr, nullptr);
+  const char* pieces[] = {"'", "\"", "`", "[", "]", ";", "--", "/*", "*/", "\n", "\r", " ", "a", "1",
+                          "$", "\\", "x'", "#", ":", "@", "?", "''", "e", "-", "/", "*", "(", ")", ","};
+  std::mt19937 random(20240611);
+  std::uniform_int_distribution<size_t> piece(0, std::size(pieces) - 1), length(1, 12);
+  int taken = 0, prepared = 0;
+  for (int round = 0; round < 20000; ++round) {
+    std::string sql = "select a from t where a = ";
+    for (size_t n = length(random); n > 0; --n) sql += pieces[piece(random)];
+    sql += " and b = 1";
+    try {
+      checkSingleStatement(sql, SqlEngine::SQLite, false);
+    } catch (const vb::VBError&) {
+      continue;
+    }
+    ++taken;
+    sqlite3_stmt* statement = nullptr;
+    const char* tail = nullptr;
+    if (sqlite3_prepare_v2(db, sql.c_str(), static_cast<int>(sql.size()), &statement, &tail) == SQLITE_OK) {
+      ++prepared;
+      for (const char* c = tail; c != nullptr && *c != '\0'; ++c)
+        ASSERT_TRUE(*c == ' ' || *c == '\t' || *c == '\n' || *c == '\r' || *c == '\f' || *c == ';')
+            << "taken, but SQLite reads more after its first statement: " << sql;
+    }
+    sqlite3_finalize(statement);
+  }
+  sqlite3_close(db);
+  // The pieces make many texts the check takes, and many SQLite prepares.
+  EXPECT_GT(taken, 1000);
+  EXPECT_GT(prepared, 200);
+}
