@@ -1,6 +1,8 @@
 // The one-statement check on native text, read by each engine's own rules.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
+#include <random>
 #include <string>
 
 #include "platform/ado/SqlLexer.h"
@@ -362,10 +364,6 @@ TEST(SqlLexer, ALongTextIsReadToItsEnd) {
 }
 
 // ---- against SQLite's own reader ------------------------------------------------------------
-
-#include <sqlite3.h>
-
-#include <random>
 
 TEST(SqlLexerSQLite, WhatTheCheckTakesSQLiteReadsAsOneStatement) {
   // Texts made of pieces that start or end literals, names, comments and statements: whenever
