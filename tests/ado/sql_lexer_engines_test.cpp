@@ -2,12 +2,16 @@
 // would hide a second statement from a reader of the wrong dialect is refused and runs nothing
 // (a canary table stays), and any text written as a '...' literal comes back unchanged.
 #include <gtest/gtest.h>
+#include <sql.h>
+#include <sqlext.h>
 
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "AdoTestSupport.h"
+#include "platform/ado/SqlLexer.h"
+#include "platform/odbc/OdbcApi.h"
 #include "varsentix/platform/vb/VBError.h"
 
 using namespace varsentix;
@@ -249,4 +253,117 @@ TEST(LexerOnPostgreSQL, AStatementThatChangesStandardStringsIsFollowed) {
   cn->Execute("RESET ALL");
   EXPECT_EQ(firstValue(*cn, "select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b"), "x\\");
   EXPECT_TRUE(canaryAlive(*db));
+}
+
+// ---- against the engines' own readers -------------------------------------------------------
+
+namespace {
+
+// A plain ODBC connection beside the record-set layer, to ask how many results a text gives:
+// more than one means the engine (with its driver) read more than one statement.
+class RawOdbc {
+ public:
+  explicit RawOdbc(const std::string& odbcString) : api_(odbc::odbcApi()) {
+    api_.SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env_);
+    api_.SQLSetEnvAttr(env_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+    api_.SQLAllocHandle(SQL_HANDLE_DBC, env_, &dbc_);
+    std::string text = odbcString;
+    connected_ = SQL_SUCCEEDED(api_.SQLDriverConnect(dbc_, nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
+                                                     static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr,
+                                                     SQL_DRIVER_NOPROMPT));
+  }
+  ~RawOdbc() {
+    if (connected_) api_.SQLDisconnect(dbc_);
+    api_.SQLFreeHandle(SQL_HANDLE_DBC, dbc_);
+    api_.SQLFreeHandle(SQL_HANDLE_ENV, env_);
+  }
+  RawOdbc(const RawOdbc&) = delete;
+  RawOdbc& operator=(const RawOdbc&) = delete;
+
+  bool connected() const { return connected_; }
+
+  // The number of results sql gives (a failing later statement counts too); 0 when it fails.
+  int results(const std::string& sql) {
+    SQLHSTMT statement = SQL_NULL_HSTMT;
+    api_.SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &statement);
+    std::string text = sql;
+    int count = 0;
+    SQLRETURN rc = api_.SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(text.data()),
+                                      static_cast<SQLINTEGER>(text.size()));
+    if (SQL_SUCCEEDED(rc) || rc == SQL_NO_DATA) {
+      count = 1;
+      while (api_.SQLMoreResults(statement) != SQL_NO_DATA && count < 100) ++count;
+    }
+    api_.SQLFreeHandle(SQL_HANDLE_STMT, statement);
+    return count;
+  }
+
+ private:
+  const odbc::OdbcApi& api_;
+  SQLHENV env_ = SQL_NULL_HENV;
+  SQLHDBC dbc_ = SQL_NULL_HDBC;
+  bool connected_ = false;
+};
+
+std::string odbcStringOf(const TestDatabase& db) {
+  const std::string prefix = "Provider=MSDASQL;";
+  std::string text = db.connectionString();
+  return text.compare(0, prefix.size(), prefix) == 0 ? text.substr(prefix.size()) : text;
+}
+
+// Every text "select 1" + up to three pieces: each one the check takes for engine must give at
+// most one result on raw. Returns how many of them ran.
+template <size_t N>
+int differential(RawOdbc& raw, ado::detail::SqlEngine engine, const char* const (&pieces)[N]) {
+  std::vector<std::string> texts;
+  for (const char* a : pieces) {
+    texts.push_back(std::string("select 1") + a);
+    for (const char* b : pieces) {
+      texts.push_back(std::string("select 1") + a + b);
+      for (const char* c : pieces) texts.push_back(std::string("select 1") + a + b + c);
+    }
+  }
+  int ran = 0;
+  for (const std::string& sql : texts) {
+    try {
+      ado::detail::checkSingleStatement(sql, engine, false);
+    } catch (const vb::VBError&) {
+      continue;
+    }
+    const int results = raw.results(sql);
+    if (results > 0) ++ran;
+    EXPECT_LE(results, 1) << "taken, but the engine read more than one statement: " << sql;
+    if (results > 1) break;
+  }
+  return ran;
+}
+
+}  // namespace
+
+TEST(LexerOnPostgreSQL, WhatTheCheckTakesPostgreSQLRunsAsOneStatement) {
+  ADO_TEST_DATABASE(db, Engine::PostgreSQL);
+  RawOdbc raw(odbcStringOf(*db));
+  ASSERT_TRUE(raw.connected());
+  ASSERT_EQ(raw.results("select 1; select 2"), 2);  // the way a second statement shows
+  // Pieces that open or close a literal, name or comment, and whole items and second statements
+  // that run when the pieces around them are read one way or another.
+  const char* const pieces[] = {"'",     "\"",         "$$",       ", $$'$$",    "; select 2", "; select 2 -- ",
+                                " -- ",  "\n",         ", E'\\''", ", '\\'",     "/*",         "*/",
+                                ", 'x'", "e'",         ", $a$",    "$a$ ",       "\r",         " /* /* */"};
+  EXPECT_GT(differential(raw, ado::detail::SqlEngine::PostgreSQL, pieces), 100);
+}
+
+TEST(LexerOnMariaDB, WhatTheCheckTakesMariaDBRunsAsOneStatement) {
+  ADO_TEST_DATABASE(db, Engine::MariaDB);
+  // 1 << 26: the connector lets the server run several statements of one text.
+  RawOdbc raw(odbcStringOf(*db) + ";OPTION=67108866");
+  ASSERT_TRUE(raw.connected());
+  ASSERT_EQ(raw.results("SET SESSION sql_mode = CONCAT_WS(',', NULLIF(@@SESSION.sql_mode, ''), "
+                        "'NO_BACKSLASH_ESCAPES')"),
+            1);
+  ASSERT_EQ(raw.results("select 1; select 2"), 2);  // the way a second statement shows
+  const char* const pieces[] = {"'",     "\"",     "`",        "#",          "-- ",    "--",        "\n",
+                                ", '\\'", "; select 2", "; select 2 -- ", "/*",   "*/",     "/*!",       ", 'x'",
+                                ", \"\\\"", "' ",   "\\",       ", `v`"};
+  EXPECT_GT(differential(raw, ado::detail::SqlEngine::MariaDB, pieces), 100);
 }
