@@ -349,7 +349,8 @@ TEST(LexerOnPostgreSQL, WhatTheCheckTakesPostgreSQLRunsAsOneStatement) {
   // that run when the pieces around them are read one way or another.
   const char* const pieces[] = {"'",     "\"",         "$$",       ", $$'$$",    "; select 2", "; select 2 -- ",
                                 " -- ",  "\n",         ", E'\\''", ", '\\'",     "/*",         "*/",
-                                ", 'x'", "e'",         ", $a$",    "$a$ ",       "\r",         " /* /* */"};
+                                ", 'x'", "e'",         ", $a$",    "$a$ ",       "\r",         " /* /* */",
+                                "' \n'", ", U&'",      ", b'",     "$1"};
   EXPECT_GT(differential(raw, ado::detail::SqlEngine::PostgreSQL, pieces), 100);
 }
 
@@ -364,6 +365,6 @@ TEST(LexerOnMariaDB, WhatTheCheckTakesMariaDBRunsAsOneStatement) {
   ASSERT_EQ(raw.results("select 1; select 2"), 2);  // the way a second statement shows
   const char* const pieces[] = {"'",     "\"",     "`",        "#",          "-- ",    "--",        "\n",
                                 ", '\\'", "; select 2", "; select 2 -- ", "/*",   "*/",     "/*!",       ", 'x'",
-                                ", \"\\\"", "' ",   "\\",       ", `v`"};
+                                ", \"\\\"", "' ",   "\\",       ", `v`",      "/*M!",   "--\t",      ", @'"};
   EXPECT_GT(differential(raw, ado::detail::SqlEngine::MariaDB, pieces), 100);
 }
