@@ -252,6 +252,13 @@ TEST(LexerOnPostgreSQL, AStatementThatChangesStandardStringsIsFollowed) {
   EXPECT_TRUE(canaryAlive(*db));
   cn->Execute("RESET ALL");
   EXPECT_EQ(firstValue(*cn, "select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b"), "x\\");
+  // SET LOCAL lasts until the transaction ends.
+  cn->Execute("BEGIN");
+  cn->Execute("SET LOCAL standard_conforming_strings = off");
+  EXPECT_NE(refusalText(*cn, "select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b").find("Only one SQL statement"),
+            std::string::npos);
+  cn->Execute("COMMIT");
+  EXPECT_EQ(firstValue(*cn, "select 'x\\' as a, ' ; DROP TABLE canary; -- ' as b"), "x\\");
   EXPECT_TRUE(canaryAlive(*db));
 }
 

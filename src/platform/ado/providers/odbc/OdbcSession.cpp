@@ -266,6 +266,8 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   enum class Backslash { Plain, Escapes, Unknown };
   Backslash backslash_ = Backslash::Unknown;
   bool rulesToReread_ = false;
+  // A statement has named the setting: the end of a transaction may undo it (SET LOCAL).
+  bool rulesNamed_ = false;
 };
 
 // ---- the cursor -----------------------------------------------------------------------------
@@ -801,10 +803,13 @@ bool OdbcSession::mayChangeLiteralRules(const std::string& nativeSql) const {
   const std::string text = lower(nativeSql);
   if (dbms_ == Dbms::MariaDB) return text.find("sql_mode") != std::string::npos;
   if (text.find("standard_conforming_strings") != std::string::npos) return true;
-  // RESET ALL and DISCARD ALL put every setting back to the database's default.
+  // RESET ALL and DISCARD ALL put every setting back to the database's default; the end of a
+  // transaction undoes a SET LOCAL.
   const size_t start = text.find_first_not_of(" \t\r\n\f(");
   if (start == std::string::npos) return false;
-  return text.compare(start, 5, "reset") == 0 || text.compare(start, 7, "discard") == 0;
+  for (const char* word : {"reset", "discard", "commit", "rollback", "end", "abort"})
+    if (text.compare(start, std::strlen(word), word) == 0) return true;
+  return false;
 }
 
 void OdbcSession::rereadLiteralRules() {
@@ -931,7 +936,7 @@ std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql
 std::unique_ptr<RowCursor> OdbcSession::query(const std::string& sql) {
   const std::string native = translate(sql);
   auto cursor = queryNative(native);
-  if (mayChangeLiteralRules(native)) rulesToReread_ = true;
+  if (mayChangeLiteralRules(native)) rulesToReread_ = rulesNamed_ = true;
   return cursor;
 }
 
@@ -939,7 +944,7 @@ std::unique_ptr<RowCursor> OdbcSession::queryDeferred(const std::string& sql) {
   const std::string native = translate(sql);
   auto stmt = newStatement();
   prepare(*stmt, native);
-  if (mayChangeLiteralRules(native)) rulesToReread_ = true;
+  if (mayChangeLiteralRules(native)) rulesToReread_ = rulesNamed_ = true;
   return std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt), true);
 }
 
@@ -948,7 +953,7 @@ int64_t OdbcSession::execute(const std::string& sql) {
   if (native.find_first_not_of(" \t\r\n") == std::string::npos) return -1;
   auto stmt = newStatement();
   execDirect(*stmt, native);
-  if (mayChangeLiteralRules(native)) rulesToReread_ = true;
+  if (mayChangeLiteralRules(native)) rulesToReread_ = rulesNamed_ = true;
   SQLSMALLINT columns = 0;
   api_.SQLNumResultCols(stmt->handle, &columns);
   if (columns > 0) return -1;  // rows returned are discarded
@@ -1375,6 +1380,7 @@ void OdbcSession::commit() {
   }
   api_.SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON),
                          0);
+  if (rulesNamed_) rulesToReread_ = true;
 }
 
 void OdbcSession::rollback() noexcept {
@@ -1383,6 +1389,7 @@ void OdbcSession::rollback() noexcept {
   api_.SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
   api_.SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON),
                          0);
+  if (rulesNamed_) rulesToReread_ = true;
 }
 
 namespace {
@@ -1445,7 +1452,7 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
                                   const std::vector<ColumnInfo>& valueColumns) {
   auto stmt = newStatement();
   prepare(*stmt, nativeSql);
-  if (mayChangeLiteralRules(nativeSql)) rulesToReread_ = true;
+  if (mayChangeLiteralRules(nativeSql)) rulesToReread_ = rulesNamed_ = true;
   SQLRETURN rc;
 
   std::vector<Parameter> params(values.size());
