@@ -140,8 +140,8 @@ class Lexer {
           continue;
         }
         if (rule == Rule::PlainNoBackslash)
-          refuse("The SQL statement holds a backslash inside a quoted text; engines differ on whether it "
-                 "escapes the next character, and this engine is not known. It is refused.");
+          refuse("The SQL statement holds a backslash inside a quoted text where " + std::string(name()) +
+                 " may or may not read it as escaping the next character. It is refused.");
       }
       if (c == '\0') nulInLiteral();
       ++i;
