@@ -5,6 +5,8 @@ varsentix_add_suite(varsentix_ado_tests
   ado/AdoTestSupport.cpp
   ado/connection_string_test.cpp
   ado/sql_dialect_test.cpp
+  ado/sql_lexer_test.cpp
+  ado/sql_lexer_engines_test.cpp
   ado/type_info_test.cpp
   ado/recordset_engines_test.cpp
   ado/xml_persistence_test.cpp

@@ -3,6 +3,7 @@ varsentix_add_suite(varsentix_engine_tests
   engine/field_structure_test.cpp
   engine/record_compare_test.cpp
   engine/record_helpers_test.cpp
+  engine/match_query_engines_test.cpp
   engine/hash_set_test.cpp
   engine/text_traits_test.cpp
   engine/chinook_golden_test.cpp

@@ -10,6 +10,7 @@ target_sources(varsentix PRIVATE
   platform/ado/RecordsetImpl.cpp
   platform/ado/SchemaRowsets.cpp
   platform/ado/SqlDialect.cpp
+  platform/ado/SqlLexer.cpp
   platform/ado/TypeInfo.cpp
   platform/ado/XmlPersistence.cpp
 )

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <initializer_list>
 
+#include "platform/ado/SqlLexer.h"
 #include "platform/ado/providers/jet/JetTypes.h"
 #include "platform/ado/providers/jet/MdbFile.h"
 #include "varsentix/platform/vb/VBError.h"
@@ -38,6 +39,8 @@ std::string quoted(const std::string& name) {
 }
 
 void exec(sqlite3* db, const std::string& path, const std::string& sql) {
+  // sqlite3_exec runs every statement of its text: the names from the file make one only.
+  checkSingleStatement(sql, SqlEngine::SQLite, false);
   if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
     raiseLoad(db, path, sql);
 }
@@ -109,7 +112,10 @@ void bindValue(sqlite3_stmt* statement, int index, const vb::Variant& value) {
 void copyTable(MdbFile& file, sqlite3* db, const JetTable& table) {
   exec(db, file.path(), createTableSql(table));
   sqlite3_stmt* raw = nullptr;
-  if (sqlite3_prepare_v2(db, insertSql(table).c_str(), -1, &raw, nullptr) != SQLITE_OK)
+  const std::string insertText = insertSql(table);
+  checkSingleStatement(insertText, SqlEngine::SQLite, false);
+  if (sqlite3_prepare_v2(db, insertText.c_str(), static_cast<int>(insertText.size()), &raw, nullptr) !=
+      SQLITE_OK)
     raiseLoad(db, file.path(), "table " + table.name);
   Statement insert(raw);
   file.readRows(table, [&](const std::vector<vb::Variant>& row) {

@@ -17,6 +17,7 @@ SqliteSession::Options jetOptions(const std::string& providerName) {
   SqliteSession::Options options;
   options.providerName = providerName;
   options.dialect = DialectOptions{0, 0, false};  // brackets kept; #dates# done by JetSql
+  options.engine = SqlEngine::Jet;                 // what reaches SQLite is checked
   return options;
 }
 

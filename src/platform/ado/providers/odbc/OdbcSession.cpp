@@ -22,6 +22,7 @@
 #include "platform/ado/Provider.h"
 #include "platform/ado/SchemaRowsets.h"
 #include "platform/ado/SqlDialect.h"
+#include "platform/ado/SqlLexer.h"
 #include "platform/ado/TypeInfo.h"
 #include "platform/ado/providers/odbc/OdbcText.h"
 #include "platform/ado/providers/odbc/OdbcTypes.h"
@@ -215,6 +216,15 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   SQLRETURN driverConnect(const std::string& text);
   void disconnect() noexcept;
   void detect();
+  // Makes the session read string literals the way the system writes them (doubled
+  // apostrophes, a backslash as a plain character) and checks that it does; raises otherwise.
+  void settleLiteralRules();
+  // Reads again how the session reads a backslash, after a statement that may have changed it.
+  void rereadLiteralRules();
+  // Whether nativeSql may change how the session reads literals (it names the setting).
+  bool mayChangeLiteralRules(const std::string& nativeSql) const;
+  // Which lexer reads the statements sent: the engine's.
+  SqlEngine lexedAs() const;
   std::string odbcConnectionString(const ConnectionString& connection, const std::string& userID,
                                    const std::string& password, Dbms dbms) const;
   std::unique_ptr<Statement> newStatement();
@@ -255,6 +265,14 @@ class OdbcSession final : public ProviderSession, public std::enable_shared_from
   int transactionDepth_ = 0;
   SQLULEN loginTimeout_ = kLoginTimeoutSeconds;
   bool readingOnly_ = false;  // opened with Mode=Read: read-only throughout
+  // How this session reads a backslash in a '...' literal: plain, as an escape of the next
+  // character, or not known (before settleLiteralRules has seen the engine's setting, or when
+  // reading it again failed): then text is checked both ways and must be one statement in both.
+  enum class Backslash { Plain, Escapes, Unknown };
+  Backslash backslash_ = Backslash::Unknown;
+  bool rulesToReread_ = false;
+  // A statement has named the setting: the end of a transaction may undo it (SET LOCAL).
+  bool rulesNamed_ = false;
 };
 
 // ---- the cursor -----------------------------------------------------------------------------
@@ -713,9 +731,109 @@ void OdbcSession::connect(const ConnectionString& connection, const std::string&
     if (!SQL_SUCCEEDED(driverConnect(text))) raise(SQL_HANDLE_DBC, dbc_, "", vb::errnum::ProviderError);
     detect();
   }
+  settleLiteralRules();
   if (opensForReadingOnly(connection)) {
     setReadOnly(true);
     readingOnly_ = true;
+  }
+}
+
+SqlEngine OdbcSession::lexedAs() const {
+  switch (dbms_) {
+    case Dbms::PostgreSQL: return SqlEngine::PostgreSQL;
+    case Dbms::MariaDB: return SqlEngine::MariaDB;
+    case Dbms::SQLite: return SqlEngine::SQLite;
+    default: return SqlEngine::Other;
+  }
+}
+
+namespace {
+
+// The first column of the first row of cursor as text ("" for none); the rest is read away.
+std::string firstText(std::unique_ptr<RowCursor> cursor) {
+  Row row;
+  std::string text;
+  if (cursor->fetch(row) && !row.empty() && !row[0].isNull()) text = row[0].toText();
+  while (cursor->fetch(row)) {
+  }
+  return text;
+}
+
+bool listHolds(const std::string& commaList, const std::string& item) {
+  size_t start = 0;
+  while (start <= commaList.size()) {
+    size_t end = commaList.find(',', start);
+    if (end == std::string::npos) end = commaList.size();
+    if (vb::UCase(commaList.substr(start, end - start)) == item) return true;
+    start = end + 1;
+  }
+  return false;
+}
+
+}  // namespace
+
+void OdbcSession::settleLiteralRules() {
+  // The system writes a literal as '...' with each apostrophe doubled and nothing else escaped.
+  // An engine that read a backslash as an escape would end such a literal elsewhere than the
+  // system meant: a value ending in a backslash would swallow the next one's opening quote.
+  if (dbms_ == Dbms::MariaDB) {
+    auto stmt = newStatement();
+    execDirect(*stmt,
+               "SET SESSION sql_mode = CONCAT_WS(',', NULLIF(@@SESSION.sql_mode, ''), 'NO_BACKSLASH_ESCAPES')");
+    stmt.reset();
+    const std::string mode = firstText(queryNative("SELECT @@SESSION.sql_mode"));
+    if (!listHolds(mode, "NO_BACKSLASH_ESCAPES"))
+      vb::raiseError(vb::errnum::ProviderError,
+                     "The MariaDB session could not be set to read a backslash in a string literal as a plain "
+                     "character: its sql_mode is '" + mode + "', without NO_BACKSLASH_ESCAPES.",
+                     kSource);
+    backslash_ = Backslash::Plain;
+  } else if (dbms_ == Dbms::PostgreSQL) {
+    std::string setting = firstText(queryNative("SHOW standard_conforming_strings"));
+    if (lower(setting) != "on") {
+      auto stmt = newStatement();
+      execDirect(*stmt, "SET standard_conforming_strings = on");
+      stmt.reset();
+      setting = firstText(queryNative("SHOW standard_conforming_strings"));
+    }
+    if (lower(setting) != "on")
+      vb::raiseError(vb::errnum::ProviderError,
+                     "The PostgreSQL session could not be set to read a backslash in a string literal as a "
+                     "plain character: standard_conforming_strings is '" + setting + "', not 'on'.",
+                     kSource);
+    backslash_ = Backslash::Plain;
+  } else if (dbms_ == Dbms::SQLite) {
+    backslash_ = Backslash::Plain;
+  }
+}
+
+bool OdbcSession::mayChangeLiteralRules(const std::string& nativeSql) const {
+  if (dbms_ != Dbms::MariaDB && dbms_ != Dbms::PostgreSQL) return false;
+  const std::string text = lower(nativeSql);
+  if (dbms_ == Dbms::MariaDB) return text.find("sql_mode") != std::string::npos;
+  if (text.find("standard_conforming_strings") != std::string::npos) return true;
+  // RESET ALL and DISCARD ALL put every setting back to the database's default; the end of a
+  // transaction undoes a SET LOCAL.
+  const size_t start = text.find_first_not_of(" \t\r\n\f(");
+  if (start == std::string::npos) return false;
+  for (const char* word : {"reset", "discard", "commit", "rollback", "end", "abort"})
+    if (text.compare(start, std::strlen(word), word) == 0) return true;
+  return false;
+}
+
+void OdbcSession::rereadLiteralRules() {
+  try {
+    if (dbms_ == Dbms::MariaDB) {
+      const std::string mode = firstText(queryNative("SELECT @@SESSION.sql_mode"));
+      backslash_ = listHolds(mode, "NO_BACKSLASH_ESCAPES") ? Backslash::Plain : Backslash::Escapes;
+    } else if (dbms_ == Dbms::PostgreSQL) {
+      const std::string setting = lower(firstText(queryNative("SHOW standard_conforming_strings")));
+      backslash_ = setting == "on" ? Backslash::Plain : Backslash::Escapes;
+    }
+  } catch (const vb::VBError&) {
+    // In a failed transaction PostgreSQL answers nothing until it ends: asked again next time.
+    backslash_ = Backslash::Unknown;
+    rulesToReread_ = true;
   }
 }
 
@@ -801,6 +919,17 @@ std::unique_ptr<Statement> OdbcSession::newStatement() {
 
 template <typename Wide, typename Narrow>
 void OdbcSession::passText(Statement& stmt, const std::string& nativeSql, Wide wide, Narrow narrow) {
+  // Whatever builds the text, the engine gets one statement read as the engine reads it.
+  if (rulesToReread_) {
+    rulesToReread_ = false;
+    rereadLiteralRules();
+  }
+  if (backslash_ == Backslash::Unknown) {
+    checkSingleStatement(nativeSql, lexedAs(), false);
+    checkSingleStatement(nativeSql, lexedAs(), true);
+  } else {
+    checkSingleStatement(nativeSql, lexedAs(), backslash_ == Backslash::Escapes);
+  }
   SQLRETURN rc;
   if (wide_) {
     std::u16string w = utf8ToUtf16(nativeSql);
@@ -838,12 +967,17 @@ std::unique_ptr<RowCursor> OdbcSession::queryNative(const std::string& nativeSql
 }
 
 std::unique_ptr<RowCursor> OdbcSession::query(const std::string& sql) {
-  return queryNative(translate(sql));
+  const std::string native = translate(sql);
+  auto cursor = queryNative(native);
+  if (mayChangeLiteralRules(native)) rulesToReread_ = rulesNamed_ = true;
+  return cursor;
 }
 
 std::unique_ptr<RowCursor> OdbcSession::queryDeferred(const std::string& sql) {
+  const std::string native = translate(sql);
   auto stmt = newStatement();
-  prepare(*stmt, translate(sql));
+  prepare(*stmt, native);
+  if (mayChangeLiteralRules(native)) rulesToReread_ = rulesNamed_ = true;
   return std::make_unique<OdbcCursor>(shared_from_this(), std::move(stmt), true);
 }
 
@@ -852,6 +986,7 @@ int64_t OdbcSession::execute(const std::string& sql) {
   if (native.find_first_not_of(" \t\r\n") == std::string::npos) return -1;
   auto stmt = newStatement();
   execDirect(*stmt, native);
+  if (mayChangeLiteralRules(native)) rulesToReread_ = rulesNamed_ = true;
   SQLSMALLINT columns = 0;
   api_.SQLNumResultCols(stmt->handle, &columns);
   if (columns > 0) return -1;  // rows returned are discarded
@@ -1072,7 +1207,7 @@ std::vector<OdbcSession::KeyRow> OdbcSession::primaryKeyRows(const vb::Variant& 
 std::string OdbcSession::literal(const std::string& text) const {
   std::string quoted = "'";
   for (char c : text) {
-    if (c == '\'' || (c == '\\' && dbms_ == Dbms::MariaDB)) quoted += c;
+    if (c == '\'' || (c == '\\' && dbms_ == Dbms::MariaDB && backslash_ == Backslash::Escapes)) quoted += c;
     quoted += c;
   }
   return quoted + "'";
@@ -1278,6 +1413,7 @@ void OdbcSession::commit() {
   }
   api_.SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON),
                          0);
+  if (rulesNamed_) rulesToReread_ = true;
 }
 
 void OdbcSession::rollback() noexcept {
@@ -1286,6 +1422,7 @@ void OdbcSession::rollback() noexcept {
   api_.SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
   api_.SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON),
                          0);
+  if (rulesNamed_) rulesToReread_ = true;
 }
 
 namespace {
@@ -1348,6 +1485,7 @@ int64_t OdbcSession::executeBound(const std::string& nativeSql,
                                   const std::vector<ColumnInfo>& valueColumns) {
   auto stmt = newStatement();
   prepare(*stmt, nativeSql);
+  if (mayChangeLiteralRules(nativeSql)) rulesToReread_ = rulesNamed_ = true;
   SQLRETURN rc;
 
   std::vector<Parameter> params(values.size());

@@ -696,7 +696,9 @@ bool planSortsForOrder(sqlite3* db, const std::string& nativeSql) {
 }  // namespace
 
 bool SqliteSession::sortsForOrder(const std::string& sql) {
-  return planSortsForOrder(db_, translateSql(sql, options_.dialect));
+  const std::string native = translateSql(sql, options_.dialect);
+  checkSingleStatement(native, options_.engine, false);
+  return planSortsForOrder(db_, native);
 }
 
 TextBytes SqliteSession::textComparedByBytes(const std::string& table, const std::string& column) {
@@ -740,6 +742,7 @@ void SqliteSession::noteWritten() {
 }
 
 std::unique_ptr<RowCursor> SqliteSession::queryNative(const std::string& nativeSql) {
+  checkSingleStatement(nativeSql, options_.engine, false);
   sqlite3_stmt* raw = nullptr;
   int rc = sqlite3_prepare_v2(db_, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw,
                               nullptr);
@@ -760,6 +763,7 @@ std::unique_ptr<RowCursor> SqliteSession::query(const std::string& sql) {
 
 int64_t SqliteSession::execute(const std::string& sql) {
   std::string native = translateSql(sql, options_.dialect);
+  checkSingleStatement(native, options_.engine, false);
   sqlite3_stmt* raw = nullptr;
   int rc = sqlite3_prepare_v2(db_, native.c_str(), static_cast<int>(native.size()), &raw, nullptr);
   Statement stmt(raw);
@@ -1068,6 +1072,7 @@ int64_t SqliteSession::executeBound(const std::string& nativeSql,
                                     const std::vector<vb::Variant>& values,
                                     const std::vector<ColumnInfo>& /*valueColumns*/) {
   checkWritable();
+  checkSingleStatement(nativeSql, options_.engine, false);
   sqlite3_stmt* raw = nullptr;
   int rc = sqlite3_prepare_v2(db_, nativeSql.c_str(), static_cast<int>(nativeSql.size()), &raw,
                               nullptr);

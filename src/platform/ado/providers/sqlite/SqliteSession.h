@@ -21,6 +21,7 @@
 
 #include "platform/ado/Provider.h"
 #include "platform/ado/SqlDialect.h"
+#include "platform/ado/SqlLexer.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -37,6 +38,7 @@ class SqliteSession : public ProviderSession {
   struct Options {
     std::string providerName = "SQLite";  // providerName() and the source of its errors
     DialectOptions dialect{0, 0, false};  // SQLite takes [brackets] as they are
+    SqlEngine engine = SqlEngine::SQLite;   // whose rules the one-statement check reads by
   };
   struct TableEntry {
     std::string name;
