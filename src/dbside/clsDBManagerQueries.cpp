@@ -1,4 +1,5 @@
 // clsDBManager: record queries and the SQL statements the side builds.
+#include "datasource/BareValue.h"
 #include "dbside/Outcome.h"
 #include "varsentix/datasource/modUtility.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -46,7 +47,8 @@ std::string sqlLiteral(int32_t dataType, std::string valueText, bool isAccess) {
     case LiteralStyle::Bare:
       break;
   }
-  return valueText;
+  // Written bare only when well-formed for its type; otherwise the statement is refused.
+  return bareValue::bareOrMarker(dataType, std::move(valueText));
 }
 
 constexpr const char* kNullValue = "Null";

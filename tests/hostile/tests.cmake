@@ -1,0 +1,3 @@
+varsentix_add_suite(varsentix_hostile_tests
+  hostile/bare_values_test.cpp
+)
