@@ -109,9 +109,11 @@ void clsDBManager::formatInsertClauseFromRecordSet(const std::string& tableNameI
 
 void clsDBManager::formatWhereClauseFromRecordNumber() {
   whereClause_ = " Where ";
+  comparedRecord_ = {};
   bool first = true;
   for (const auto& row : *results_) {
     if (row->getDatabaseObjName() != tableName_ || row->getRecordNumber() != currentRecordNumber_) continue;
+    comparedRecord_.values.emplace_back(row->getFieldName(), row->getDataValue());
     const bool isNull = row->getDataValue() == kNullValue;
     if (first) {
       whereClause_ += row->getFieldName() + " = ";
@@ -121,6 +123,7 @@ void clsDBManager::formatWhereClauseFromRecordNumber() {
     }
     if (!isNull) whereClause_ += formatResultSetValue(*row);
   }
+  comparedRecord_.whereClause = whereClause_;
 }
 
 bool clsDBManager::executeSQL() {
