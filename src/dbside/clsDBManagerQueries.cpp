@@ -53,6 +53,22 @@ std::string sqlLiteral(int32_t dataType, std::string valueText, bool isAccess) {
 
 constexpr const char* kNullValue = "Null";
 
+// A field name as the where and insert texts write it: bare when it is a plain name (letters,
+// digits and _, not starting with a digit), as they always have; any other name is bracketed,
+// its ']' doubled, so that no name read from a database changes the statement.
+std::string fieldNameInStatement(const std::string& name) {
+  bool plain = !name.empty() && !(name[0] >= '0' && name[0] <= '9');
+  for (char c : name)
+    plain = plain && ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_');
+  if (plain) return name;
+  std::string bracketed = "[";
+  for (char c : name) {
+    bracketed += c;
+    if (c == ']') bracketed += ']';
+  }
+  return bracketed + "]";
+}
+
 }  // namespace
 
 void clsDBManager::openDataBaseRecordsFromQuery(const std::string& sSql) {
@@ -89,16 +105,18 @@ std::string clsDBManager::formatWhereClauseFromRecordSet(const vb::Ref<ado::Reco
 }
 
 void clsDBManager::formatInsertClauseFromRecordSet(const std::string& tableNameIn) {
-  sSql_ = "insert into '" + tableNameIn + "'";
+  // The table name stands in single quotes, its apostrophes doubled.
+  std::string table = tableNameIn;
+  sSql_ = "insert into '" + modUtility::escapeSingleQuotes(table) + "'";
   auto records = getDatabaseRecords();
   const int32_t fieldCount = records->getFields().Count();
   for (int32_t i = 0; i < fieldCount; ++i) {
     const auto index = static_cast<int16_t>(i);
     if (i == 0) {
-      sSql_ += "(" + records->field(i).Name();
+      sSql_ += "(" + fieldNameInStatement(records->field(i).Name());
       whereClause_ = "VALUES (" + formatWhereClauseFromRecordSet(records, index);
     } else {
-      sSql_ += "," + records->field(i).Name();
+      sSql_ += "," + fieldNameInStatement(records->field(i).Name());
       whereClause_ += "," + formatWhereClauseFromRecordSet(records, index);
     }
   }
@@ -116,10 +134,10 @@ void clsDBManager::formatWhereClauseFromRecordNumber() {
     comparedRecord_.values.emplace_back(row->getFieldName(), row->getDataValue());
     const bool isNull = row->getDataValue() == kNullValue;
     if (first) {
-      whereClause_ += row->getFieldName() + " = ";
+      whereClause_ += fieldNameInStatement(row->getFieldName()) + " = ";
       first = false;
     } else if (!isNull) {
-      whereClause_ += " AND " + row->getFieldName() + " LIKE ";
+      whereClause_ += " AND " + fieldNameInStatement(row->getFieldName()) + " LIKE ";
     }
     if (!isNull) whereClause_ += formatResultSetValue(*row);
   }
