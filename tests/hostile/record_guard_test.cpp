@@ -157,3 +157,25 @@ TEST(RecordGuard, ARollbackOfAnotherRowWritesNothing) {
       << target->getReturnSQLMessage();
   EXPECT_EQ(to->scalar("SELECT group_concat(id || v, ',') FROM t"), "1after,2other");
 }
+
+// The where clause rebuilt from difference rows wrote field names bare: a column whose name
+// reads as a condition selected every row. Names that are not plain are bracketed now.
+TEST(RecordGuard, AColumnNameCannotChangeTheWhereClause) {
+  VARSENTIX_TEST_DATABASE(master, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(source, Engine::SQLite);
+  for (auto* db : {master.get(), source.get()})
+    db->exec("CREATE TABLE t (\"1=1 OR id\" INTEGER PRIMARY KEY, \"v'--\" TEXT)");
+  master->exec("INSERT INTO t VALUES (1, 'keep'), (2, 'new')");
+  source->exec("INSERT INTO t VALUES (1, 'keep'), (2, 'old')");
+  Varsenti control;
+  auto m = preparedSide(master->connectionString(), "t");
+  auto s = preparedSide(source->connectionString(), "t");
+  ASSERT_TRUE(control.beginTableCompareFromFieldListFromDBManager(m, s));
+  m->setCurrentRecordNumber(recordWith(control, true, "v'--", "new"));
+  s->setCurrentRecordNumber(recordWith(control, false, "v'--", "old"));
+  TempDir dir;
+  ui::MessageBoxRecorder boxes;
+  EXPECT_EQ(control.updateRecordFromRecordNumber(m, s, true, dir.file("t-ORIGINAL.xml")), "");
+  EXPECT_EQ(control.getRollBackSQL(), "Select * from [t] Where [1=1 OR id] = 2 AND [v'--] LIKE 'new'");
+  EXPECT_EQ(source->scalar("SELECT group_concat(\"v'--\", ',') FROM (SELECT * FROM t ORDER BY 1)"), "keep,new");
+}
