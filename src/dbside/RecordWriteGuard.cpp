@@ -37,23 +37,40 @@ void requireSingleRow(ado::Recordset& records) {
                        "was written.");
 }
 
-bool hasComparedRecord(ado::Recordset& records, clsDBManager& side) {
-  const auto& compared = side.getComparedRecord();
+bool endsInWhereOf(ado::Recordset& records, const clsDBManager::ComparedRecord& compared) {
   if (compared.values.empty()) return false;
   const std::string source = records.Source();
   const std::string& where = compared.whereClause;
   return source.size() >= where.size() && source.compare(source.size() - where.size(), where.size(), where) == 0;
 }
 
-void requireComparedRecord(ado::Recordset& records, clsDBManager& side) {
-  if (!hasComparedRecord(records, side)) return;
-  for (const auto& [name, value] : side.getComparedRecord().values) {
+bool hasComparedRecord(ado::Recordset& records, clsDBManager& side) {
+  return endsInWhereOf(records, side.getComparedRecord());
+}
+
+namespace {
+void requireValues(ado::Recordset& records, const clsDBManager::ComparedRecord& compared, const std::string& only) {
+  for (const auto& [name, value] : compared.values) {
+    if (!only.empty() && name != only) continue;
     if (!hasField(records, name))
       throw WriteRefused("The row selected lacks the compared field " + name + ": nothing was written.");
     if (valueText(records.field(name).Value()) != value)
       throw WriteRefused("The row selected is not the compared record (its field " + name +
                          " holds another value): nothing was written.");
   }
+}
+}  // namespace
+
+void requireComparedRecord(ado::Recordset& records, clsDBManager& side) {
+  if (hasComparedRecord(records, side)) requireValues(records, side.getComparedRecord(), "");
+}
+
+void requireRecordByKey(ado::Recordset& records, const clsDBManager::ComparedRecord& compared,
+                        const std::string& keyColumn) {
+  if (!endsInWhereOf(records, compared)) return;
+  bool keyed = false;
+  for (const auto& entry : compared.values) keyed = keyed || entry.first == keyColumn;
+  requireValues(records, compared, keyed ? keyColumn : "");
 }
 
 void requireComparedSource(ado::Recordset& records, clsDBManager& other) {

@@ -7,9 +7,7 @@
 #include "varsentix/platform/vb/Ref.h"
 #include "varsentix/platform/vb/VBError.h"
 
-namespace varsentix {
-class clsDBManager;
-}
+#include "varsentix/dbside/clsDBManager.h"
 
 namespace varsentix::detail {
 
@@ -55,6 +53,12 @@ void requireComparedRecord(ado::Recordset& records, clsDBManager& side);
 // hasComparedRecord, its statement must select that record alone. Leaves records on its first
 // row.
 void requireComparedSource(ado::Recordset& records, clsDBManager& other);
+
+// Raises WriteRefused unless the current row of records is the record compared was built from,
+// when records' statement ends in its where clause: the key column keyColumn holds the compared
+// value, or, when the record has no value of that column, every compared field does.
+void requireRecordByKey(ado::Recordset& records, const clsDBManager::ComparedRecord& compared,
+                        const std::string& keyColumn);
 
 // Raises WriteRefused unless the current row of records has, in the key column keyColumn, the
 // value the saved row holds in it. Nothing is checked when either lacks that column.

@@ -79,7 +79,9 @@ bool clsDBManager::rollback(const bool& isMaster, const std::string& rollbackSql
     auto& saved = detail::rollbackRecordSet();
     // The statement must select one row, the one the file saved; otherwise nothing is written.
     detail::requireSingleRow(*records);
-    detail::requireSameKey(*records, *saved, vb::Trim(getAccessPrimaryKey(tableName_)));
+    const std::string keyColumn = vb::Trim(getAccessPrimaryKey(tableName_));
+    detail::requireSameKey(*records, *saved, keyColumn);
+    detail::requireRecordByKey(*records, rollbackRecord_, keyColumn);
     const int32_t count = saved->getFields().Count();
     for (int32_t i = 0; i < count; ++i) {
       const std::string name = vb::Trim(records->field(i).Name());

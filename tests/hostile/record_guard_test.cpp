@@ -179,3 +179,30 @@ TEST(RecordGuard, AColumnNameCannotChangeTheWhereClause) {
   EXPECT_EQ(control.getRollBackSQL(), "Select * from [t] Where [1=1 OR id] = 2 AND [v'--] LIKE 'new'");
   EXPECT_EQ(source->scalar("SELECT group_concat(\"v'--\", ',') FROM (SELECT * FROM t ORDER BY 1)"), "keep,new");
 }
+
+// Without a key, the row a rollback selects must hold every value of the record its where clause
+// was built from: a LIKE pattern that finds another row alone does not make it the row to write.
+TEST(RecordGuard, ARollbackWithoutAKeyWritesOnlyIntoTheComparedRecord) {
+  VARSENTIX_TEST_DATABASE(master, Engine::SQLite);
+  VARSENTIX_TEST_DATABASE(source, Engine::SQLite);
+  for (auto* db : {master.get(), source.get()}) db->exec("CREATE TABLE t (w TEXT, v TEXT)");
+  master->exec("INSERT INTO t VALUES ('x', 'a_c')");
+  source->exec("INSERT INTO t VALUES ('x', 'old'), ('y', 'abc')");
+  Varsenti control;
+  auto m = preparedSide(master->connectionString(), "t");
+  auto s = preparedSide(source->connectionString(), "t");
+  ASSERT_TRUE(control.beginTableCompareFromFieldListFromDBManager(m, s));
+  m->setCurrentRecordNumber(recordWith(control, true, "v", "a_c"));
+  s->setCurrentRecordNumber(recordWith(control, false, "v", "old"));
+  TempDir dir;
+  const std::string file = dir.file("t-ORIGINAL.xml");
+  ui::MessageBoxRecorder boxes;
+  ASSERT_EQ(control.updateRecordFromRecordNumber(m, s, true, file), "");
+  ASSERT_EQ(source->scalar("SELECT group_concat(w || v, ',') FROM (SELECT * FROM t ORDER BY rowid)"), "xa_c,yabc");
+  // The updated row is gone; the master's where clause now finds the other row alone.
+  source->exec("DELETE FROM t WHERE v = 'a_c'");
+  source->exec("UPDATE t SET w = 'x'");
+  const std::string result = control.rollBackFromSQL(m, s, true, file, control.getRollBackSQL());
+  EXPECT_NE(result.find(kSeven + " The row selected is not the compared record"), std::string::npos) << result;
+  EXPECT_EQ(source->scalar("SELECT group_concat(w || v, ',') FROM t"), "xabc");
+}

@@ -202,6 +202,10 @@ class clsDBManager {
     std::vector<std::pair<std::string, std::string>> values;
   };
   const ComparedRecord& getComparedRecord() const { return comparedRecord_; }
+  // The record whose where clause a rollback's statement carries (the control hands in the
+  // master side's): a rollback whose statement ends in that clause writes only into a row with
+  // its key (with all its values when the table has no key).
+  void setRollbackRecord(const ComparedRecord& record) { rollbackRecord_ = record; }
 
   // ---- The rollback file (shared by every manager of the process) ----------------------------
   // Clones recset into the shared rollback record set and saves the first record set to
@@ -268,6 +272,7 @@ class clsDBManager {
   bool showViews_ = false;
   int32_t fieldCount_ = 0;
   ComparedRecord comparedRecord_;
+  ComparedRecord rollbackRecord_;
 };
 
 }  // namespace varsentix
