@@ -14,7 +14,7 @@ Engine engineOf(Kind kind) {
   }
 }
 
-const std::string kHostileTable = std::string("h'q\"b`k;--#/*c*/$$\\\n\x01") + "\xc3\xa9\\";
+const std::string kHostileTable = std::string("h'q\"b`k;--#/*c*/$$[\\\n\x01") + "\xc3\xa9\\";
 const std::vector<std::string> kHostileColumns{"id", "v'\";--", "n", "w\\"};
 const std::string kBracketTable = "x]y";
 
