@@ -5,6 +5,7 @@
 #include "compare/CompareTestSupport.h"
 #include "datasource/BareValue.h"
 #include "engine/ModADORecordHelpers.h"
+#include "platform/ado/SqlDialect.h"
 
 using namespace varsentix;
 using namespace varsentix::testing;
@@ -114,4 +115,24 @@ TEST(BareValues, ARecursiveQueryInABareValueIsNeverSent) {
   auto s = preparedSide(source->connectionString(), "t");
   ASSERT_TRUE(control.beginTableCompareFromFieldListFromDBManager(m, s));
   EXPECT_EQ(valuesOf(control, true, "v"), std::vector<std::string>{"x"});
+}
+
+// The statement check every provider runs refuses the marker: a NUL byte outside literals (in a
+// comment too), while a NUL inside a literal is a value like any other.
+TEST(BareValues, TheStatementCheckRefusesANulOutsideLiterals) {
+  const ado::detail::DialectOptions options;
+  const std::string marker = bareValue::malformedMarker();
+  for (const std::string& sql : {"Select * from [t] Where [n] = " + marker,
+                                 "Select * from [t] Where [n] = " + marker + " AND [v] like 'x'",
+                                 "Select * from [t] -- " + marker, "Select * from [t] /* " + marker + " */"}) {
+    try {
+      ado::detail::translateSql(sql, options);
+      ADD_FAILURE() << "not refused";
+    } catch (const vb::VBError& refused) {
+      EXPECT_EQ(refused.number(), vb::errnum::ProviderSyntaxError);
+      EXPECT_NE(refused.description().find("not well-formed"), std::string::npos) << refused.description();
+    }
+  }
+  const std::string inside = "Select * from [t] Where [v] = 'a" + std::string(1, '\0') + "b'";
+  EXPECT_EQ(ado::detail::translateSql(inside, options), "Select * from \"t\" Where \"v\" = 'a" + std::string(1, '\0') + "b'");
 }
