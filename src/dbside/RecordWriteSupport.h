@@ -64,7 +64,7 @@ void requireRecordByKey(ado::Recordset& records, const clsDBManager::ComparedRec
 // value the saved row holds in it. Nothing is checked when either lacks that column.
 void requireSameKey(ado::Recordset& records, ado::Recordset& saved, const std::string& keyColumn);
 
-// The #7 message of a refused write: the specified text, then the reason.
+// The #7 message of a refused write: the usual text, then the reason.
 std::string refusedWriteMessage(const WriteRefused& refused, const std::string& tableName);
 
 }  // namespace varsentix::detail

@@ -218,9 +218,9 @@ std::string kindName(Kind kind) {
   return "?";
 }
 
-std::vector<PairSpec> allPairs() {
+std::vector<EnginePair> allPairs() {
   const std::vector<Kind> kinds{Kind::SQLite, Kind::PostgreSQL, Kind::MariaDB, Kind::Access};
-  std::vector<PairSpec> pairs;
+  std::vector<EnginePair> pairs;
   for (Kind a : kinds)
     for (Kind b : kinds)
       if (a != b || a != Kind::Access) pairs.push_back({a, b});

@@ -19,13 +19,13 @@ enum class Kind { SQLite, PostgreSQL, MariaDB, Access };
 
 std::string kindName(Kind kind);
 
-struct PairSpec {
+struct EnginePair {
   Kind master;
   Kind source;
 };
 
 // Every ordered pair of two different kinds, and each writable engine with itself.
-std::vector<PairSpec> allPairs();
+std::vector<EnginePair> allPairs();
 
 struct PairName {
   template <class ParamInfo>

@@ -11,7 +11,7 @@ using namespace varsentix::testing::hostile;
 
 namespace {
 
-class HostileCompare : public ::testing::TestWithParam<PairSpec> {
+class HostileCompare : public ::testing::TestWithParam<EnginePair> {
  protected:
   void SetUp() override {
     const bool withAccess = GetParam().master == Kind::Access || GetParam().source == Kind::Access;

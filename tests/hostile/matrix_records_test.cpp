@@ -13,7 +13,7 @@ using namespace varsentix::testing::hostile;
 
 namespace {
 
-class HostileRecords : public ::testing::TestWithParam<PairSpec> {
+class HostileRecords : public ::testing::TestWithParam<EnginePair> {
  protected:
   void SetUp() override {
     const bool withAccess = GetParam().master == Kind::Access || GetParam().source == Kind::Access;
