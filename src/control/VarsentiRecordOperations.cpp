@@ -133,7 +133,10 @@ std::string Varsenti::selectRollbackRows(clsDBManager& C, clsDBManager& S) {
 
 std::string Varsenti::finishRollback(clsDBManager& C, clsDBManager& S, const bool& isMaster,
                                      const std::string& rollbackSql) {
+  // The statement carries the master side's where clause: the row it selects must be that record.
+  (isMaster ? S : C).setRollbackRecord(C.getComparedRecord());
   const bool ok = isMaster ? S.rollback(isMaster, rollbackSql) : C.rollback(isMaster, rollbackSql);
+  (isMaster ? S : C).setRollbackRecord({});
   ui::MsgBox("test 0.12 " + vb::CStr(ok));
   C.closeRecordSet();
   std::string result;

@@ -1,4 +1,5 @@
 // clsDBManager: record queries and the SQL statements the side builds.
+#include "datasource/BareValue.h"
 #include "dbside/Outcome.h"
 #include "varsentix/datasource/modUtility.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -46,10 +47,27 @@ std::string sqlLiteral(int32_t dataType, std::string valueText, bool isAccess) {
     case LiteralStyle::Bare:
       break;
   }
-  return valueText;
+  // Written bare only when well-formed for its type; otherwise the statement is refused.
+  return bareValue::bareOrMarker(dataType, std::move(valueText));
 }
 
 constexpr const char* kNullValue = "Null";
+
+// A field name as the where and insert texts write it: bare when it is a plain name (letters,
+// digits and _, not starting with a digit), as they always have; any other name is bracketed,
+// its ']' doubled, so that no name read from a database changes the statement.
+std::string fieldNameInStatement(const std::string& name) {
+  bool plain = !name.empty() && !(name[0] >= '0' && name[0] <= '9');
+  for (char c : name)
+    plain = plain && ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_');
+  if (plain) return name;
+  std::string bracketed = "[";
+  for (char c : name) {
+    bracketed += c;
+    if (c == ']') bracketed += ']';
+  }
+  return bracketed + "]";
+}
 
 }  // namespace
 
@@ -87,16 +105,18 @@ std::string clsDBManager::formatWhereClauseFromRecordSet(const vb::Ref<ado::Reco
 }
 
 void clsDBManager::formatInsertClauseFromRecordSet(const std::string& tableNameIn) {
-  sSql_ = "insert into '" + tableNameIn + "'";
+  // The table name stands in single quotes, its apostrophes doubled.
+  std::string table = tableNameIn;
+  sSql_ = "insert into '" + modUtility::escapeSingleQuotes(table) + "'";
   auto records = getDatabaseRecords();
   const int32_t fieldCount = records->getFields().Count();
   for (int32_t i = 0; i < fieldCount; ++i) {
     const auto index = static_cast<int16_t>(i);
     if (i == 0) {
-      sSql_ += "(" + records->field(i).Name();
+      sSql_ += "(" + fieldNameInStatement(records->field(i).Name());
       whereClause_ = "VALUES (" + formatWhereClauseFromRecordSet(records, index);
     } else {
-      sSql_ += "," + records->field(i).Name();
+      sSql_ += "," + fieldNameInStatement(records->field(i).Name());
       whereClause_ += "," + formatWhereClauseFromRecordSet(records, index);
     }
   }
@@ -107,18 +127,21 @@ void clsDBManager::formatInsertClauseFromRecordSet(const std::string& tableNameI
 
 void clsDBManager::formatWhereClauseFromRecordNumber() {
   whereClause_ = " Where ";
+  comparedRecord_ = {};
   bool first = true;
   for (const auto& row : *results_) {
     if (row->getDatabaseObjName() != tableName_ || row->getRecordNumber() != currentRecordNumber_) continue;
+    comparedRecord_.values.emplace_back(row->getFieldName(), row->getDataValue());
     const bool isNull = row->getDataValue() == kNullValue;
     if (first) {
-      whereClause_ += row->getFieldName() + " = ";
+      whereClause_ += fieldNameInStatement(row->getFieldName()) + " = ";
       first = false;
     } else if (!isNull) {
-      whereClause_ += " AND " + row->getFieldName() + " LIKE ";
+      whereClause_ += " AND " + fieldNameInStatement(row->getFieldName()) + " LIKE ";
     }
     if (!isNull) whereClause_ += formatResultSetValue(*row);
   }
+  comparedRecord_.whereClause = whereClause_;
 }
 
 bool clsDBManager::executeSQL() {

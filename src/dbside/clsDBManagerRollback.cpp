@@ -78,6 +78,11 @@ bool clsDBManager::rollback(const bool& isMaster, const std::string& rollbackSql
     records->MoveFirst();
     if (!openRollbackRecord()) return false;
     auto& saved = detail::rollbackRecordSet();
+    // The statement must select one row, the one the file saved; otherwise nothing is written.
+    detail::requireSingleRow(*records);
+    const std::string keyColumn = vb::Trim(getAccessPrimaryKey(tableName_));
+    detail::requireSameKey(*records, *saved, keyColumn);
+    detail::requireRecordByKey(*records, rollbackRecord_, keyColumn);
     const int32_t count = saved->getFields().Count();
     for (int32_t i = 0; i < count; ++i) {
       const std::string name = vb::Trim(records->field(i).Name());
@@ -89,6 +94,10 @@ bool clsDBManager::rollback(const bool& isMaster, const std::string& rollbackSql
     records->Update();
     data().closeRecordSet();
     return true;
+  } catch (const detail::WriteRefused& refused) {
+    detail::closeQuietly([&] { data().closeRecordSet(); });
+    returnSQLMessage_ = detail::refusedWriteMessage(refused, tableName_);
+    return false;
   } catch (...) {
     returnSQLMessage_ = failureText(std::current_exception());
     returnSQLMessage_ += " #7 Error when attempting to add a new record in table " + tableName_ + " ||";

@@ -15,14 +15,20 @@ bool clsDBManager::adoAddNewRecord(clsDBManager& dataManager2) {
     data().closeRecordSet();
     returnSQLMessage_ = "Successfully Completed";
     auto& records = openFirstRecordSetForWriting("[" + tableName_ + "]", ado::adCmdTable);
-    records->AddNew();
     auto other = dataManager2.getDatabaseRecords();
+    // The values come from the other side's compared record, and from it alone.
+    detail::requireComparedSource(*other, dataManager2);
+    records->AddNew();
     other->MoveFirst();
     const int32_t count = other->getFields().Count();
     for (int32_t i = 0; i < count; ++i) records->field(i).setValue(other->field(i).Value());
     records->Update();
     data().closeRecordSet();
     return true;
+  } catch (const detail::WriteRefused& refused) {
+    detail::closeQuietly([&] { data().closeRecordSet(); });
+    returnSQLMessage_ = detail::refusedWriteMessage(refused, tableName_);
+    return false;
   } catch (...) {
     const vb::VBError error = vb::toVBError(std::current_exception());
     detail::closeQuietly([&] { data().closeRecordSet(); });
@@ -39,6 +45,11 @@ bool clsDBManager::adoUpdateRecord(clsDBManager& dataManager2, const bool& isMas
     returnSQLMessage_ = "Successfully Completed";
     auto& records = openFirstRecordSetForWriting(sSql_, ado::adCmdText);
     if (records->isBOF()) return false;  // no row: nothing saved, nothing changed
+    // The statement must select the compared record and nothing else; otherwise nothing is
+    // saved or written.
+    detail::requireSingleRow(*records);
+    detail::requireComparedRecord(*records, *this);
+    detail::requireComparedSource(*dataManager2.getDatabaseRecords(), dataManager2);
     // The row as it was goes to the rollback file before anything changes.
     saveRollBackInformation(records, isMaster, FileName);
     records->MoveFirst();
@@ -55,6 +66,10 @@ bool clsDBManager::adoUpdateRecord(clsDBManager& dataManager2, const bool& isMas
     data().closeRecordSet();
     if (!isRollbackRecordClosed()) detail::rollbackRecordSet()->Close();
     return true;
+  } catch (const detail::WriteRefused& refused) {
+    detail::closeQuietly([&] { data().closeRecordSet(); });
+    returnSQLMessage_ = detail::refusedWriteMessage(refused, tableName_);
+    return false;
   } catch (...) {
     const vb::VBError error = vb::toVBError(std::current_exception());
     returnSQLMessage_ = vb::CStr(error.number()) + " " + error.description();

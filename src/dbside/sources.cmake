@@ -7,6 +7,7 @@ target_sources(varsentix PRIVATE
   dbside/clsDBManagerDescription.cpp
   dbside/clsDBManagerWrites.cpp
   dbside/clsDBManagerRollback.cpp
+  dbside/RecordWriteGuard.cpp
   dbside/MessageText.cpp
   dbside/ModADOFields.cpp
 )

@@ -1,3 +1,4 @@
+#include "datasource/BareValue.h"
 #include "engine/ModADORecordHelpers.h"
 #include "varsentix/datasource/modUtility.h"
 #include "varsentix/dbside/clsDBManager.h"
@@ -105,7 +106,8 @@ std::string formatMatchLiteral(int32_t type, const vb::Variant& value, bool isAc
   const std::string text = value.toText();
   if (isDateLike(type)) return isAccess ? enclosed("#", text, "#") : enclosed("'", text, "'");
   if (isTextLike(type) || type == ado::adDBFileTime) return enclosed("'", text, "'");
-  return text;
+  // Written bare only when well-formed for its type; otherwise the statement is refused.
+  return bareValue::bareOrMarker(type, text);
 }
 
 }  // namespace varsentix::ModADO

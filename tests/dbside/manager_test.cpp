@@ -449,8 +449,13 @@ TEST(ResultSetLiteral, OtherTypesAreWrittenBare) {
   clsDBManager m;
   for (const char* type : {"0", "2", "3", "4", "5", "9", "10", "11", "12", "13", "14", "16", "17", "18",
                            "19", "20", "21", "72", "128", "131", "132", "138", "139", "204", "205", "999"}) {
-    EXPECT_EQ(clsDBManagerTestAccess::formatResultSetValue(m, *valueRow("T", 1, "F", type, "4'2")), "4'2")
+    const std::string wellFormed = std::string(type) == "72" ? "{6F9619FF-8B86-D011-B42D-00C04FC964FF}" : "42";
+    EXPECT_EQ(clsDBManagerTestAccess::formatResultSetValue(m, *valueRow("T", 1, "F", type, wellFormed)), wellFormed)
         << type;
+    // A text not well-formed for the type is never written bare: the statement check refuses it.
+    const std::string malformed = clsDBManagerTestAccess::formatResultSetValue(m, *valueRow("T", 1, "F", type, "4'2"));
+    EXPECT_NE(malformed.find('\0'), std::string::npos) << type;
+    EXPECT_EQ(malformed.find("4'2"), std::string::npos) << type;
   }
   // The type text is read as a 16-bit integer, VB style.
   EXPECT_EQ(clsDBManagerTestAccess::formatResultSetValue(m, *valueRow("T", 1, "F", " 202 ", "x")), "'x'");

@@ -9,6 +9,8 @@
 // and the setters shorten them.
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "varsentix/dbside/clsData.h"
 #include "varsentix/dbside/MessageText.h"
@@ -192,6 +194,19 @@ class clsDBManager {
   // sSql selects no row; false with message #7 when the update is refused.
   bool adoUpdateRecord(clsDBManager& dataManager2, const bool& isMaster, const std::string& FileName);
 
+  // The record formatWhereClauseFromRecordNumber built its where clause from last: the clause
+  // and the field name and data value of each of its difference rows. A write checks the row
+  // that a statement ending in this clause selects against these values.
+  struct ComparedRecord {
+    std::string whereClause;
+    std::vector<std::pair<std::string, std::string>> values;
+  };
+  const ComparedRecord& getComparedRecord() const { return comparedRecord_; }
+  // The record whose where clause a rollback's statement carries (the control hands in the
+  // master side's): a rollback whose statement ends in that clause writes only into a row with
+  // its key (with all its values when the table has no key).
+  void setRollbackRecord(const ComparedRecord& record) { rollbackRecord_ = record; }
+
   // ---- The rollback file (shared by every manager of the process) ----------------------------
   // Clones recset into the shared rollback record set and saves the first record set to
   // FileName, which becomes the rollback file name (an existing file is kept as it is).
@@ -256,6 +271,8 @@ class clsDBManager {
   std::string returnMessage_;
   bool showViews_ = false;
   int32_t fieldCount_ = 0;
+  ComparedRecord comparedRecord_;
+  ComparedRecord rollbackRecord_;
 };
 
 }  // namespace varsentix

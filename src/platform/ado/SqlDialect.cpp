@@ -11,6 +11,13 @@ namespace {
   throw vb::VBError(vb::errnum::ProviderSyntaxError, what, "SQL").withDriverDetail("42000", 0);
 }
 
+// A NUL byte stands outside literals only where a value was not well-formed enough to be
+// written bare (see datasource/BareValue.h): such a statement is never sent.
+[[noreturn]] void refuseNul() {
+  syntaxError("The statement holds a value that is not well-formed for its column's data type (a NUL "
+              "byte outside any literal); it was not sent.");
+}
+
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f'; }
 
 // Copies the delimited run starting at sql[pos] (a '...' literal, a "..." or `...` quoted
@@ -118,12 +125,16 @@ void translateHashDate(const std::string& sql, size_t& pos, std::string& out) {
 }
 
 void skipLineComment(const std::string& sql, size_t& pos, std::string& out) {
-  while (pos < sql.size() && sql[pos] != '\n') out += sql[pos++];
+  while (pos < sql.size() && sql[pos] != '\n') {
+    if (sql[pos] == '\0') refuseNul();
+    out += sql[pos++];
+  }
 }
 
 void skipBlockComment(const std::string& sql, size_t& pos, std::string& out) {
   size_t close = sql.find("*/", pos + 2);
   if (close == std::string::npos) syntaxError("Unterminated comment in the SQL statement.");
+  if (sql.find('\0', pos) < close) refuseNul();
   out.append(sql, pos, close + 2 - pos);
   pos = close + 2;
 }
@@ -131,7 +142,8 @@ void skipBlockComment(const std::string& sql, size_t& pos, std::string& out) {
 // After the statement's ';': only blanks (and further ';') may follow.
 void refuseSecondStatement(const std::string& sql, size_t pos) {
   for (size_t i = pos; i < sql.size(); ++i)
-    if (!isBlank(sql[i]) && sql[i] != ';')
+    if (sql[i] == '\0') refuseNul();
+    else if (!isBlank(sql[i]) && sql[i] != ';')
       syntaxError("Only one SQL statement can be executed at a time: text follows the ';' that "
                   "ends the first statement.");
 }
@@ -154,6 +166,8 @@ std::string translateSql(const std::string& sql, const DialectOptions& options) 
       skipLineComment(sql, pos, out);
     } else if (c == '/' && pos + 1 < sql.size() && sql[pos + 1] == '*') {
       skipBlockComment(sql, pos, out);
+    } else if (c == '\0') {
+      refuseNul();
     } else if (c == ';') {
       refuseSecondStatement(sql, pos + 1);
       break;  // the trailing ';' is dropped: engines take one statement without it

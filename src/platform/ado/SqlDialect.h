@@ -13,8 +13,9 @@ struct DialectOptions {
 };
 
 // Translates sql; raises a syntax error (ProviderSyntaxError) for a second statement after a
-// ';' outside literals and identifiers (one trailing ';' and blanks after it are allowed) or an
-// unterminated literal or bracket.
+// ';' outside literals and identifiers (one trailing ';' and blanks after it are allowed), a NUL
+// byte outside literals and identifiers (what a value not well-formed for its type is written as),
+// or an unterminated literal or bracket.
 std::string translateSql(const std::string& sql, const DialectOptions& options);
 
 }  // namespace varsentix::ado::detail
