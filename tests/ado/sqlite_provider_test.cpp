@@ -641,3 +641,20 @@ TEST(SqliteProvider, ADateWhoseYearIsPastThe32BitRangeIsShownAsItIsWritten) {
   rs->MoveNext();
   EXPECT_TRUE(rs->isEOF());
 }
+
+TEST(SqliteProvider, ANumberNoSingleCanHoldInASingleColumnIsReadAsADouble) {
+  TempDir dir;
+  std::string path = emptyDatabase(dir);
+  auto cn = vb::Ref<Connection>::make();
+  cn->Open("Provider=SQLite;Data Source=" + path);
+  cn->Execute("CREATE TABLE [s] ([id] INTEGER PRIMARY KEY, [v] FLOAT4)");
+  cn->Execute("INSERT INTO [s] VALUES (1, 1e300), (2, -1e300), (3, 0.25)");
+  auto rs = vb::Ref<Recordset>::make();
+  rs->Open("SELECT [v] FROM [s] ORDER BY [id]", cn, adOpenStatic, adLockReadOnly, adCmdText);
+  EXPECT_EQ(rs->field("v").Value().toText(), "1e+300");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field("v").Value().toText(), "-1e+300");
+  rs->MoveNext();
+  EXPECT_EQ(rs->field("v").Value().type(), vb::VarType::Single);
+  EXPECT_EQ(rs->field("v").Value().toText(), "0.25");
+}

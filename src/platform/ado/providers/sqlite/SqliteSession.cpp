@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <map>
 #include <optional>
 
@@ -140,7 +141,10 @@ template <typename Put>
 [[gnu::always_inline]] inline auto withFloat(double v, const ColumnInfo& column, Put&& put) {
   switch (column.type) {
     case adDouble: return put(v);
-    case adSingle: return put(static_cast<float>(v));
+    case adSingle:
+      // A number no Single can hold (SQLite keeps any double in such a column) stays a Double.
+      if (std::isfinite(v) && std::fabs(v) > std::numeric_limits<float>::max()) return put(v);
+      return put(static_cast<float>(v));
     case adBoolean: return put(v != 0.0);
     case adNumeric:
     case adDecimal:
