@@ -148,6 +148,20 @@ void collectNotCompared(const std::string& log, const std::string& table, std::v
   }
 }
 
+// How many match queries of a table's compare were not sent because a value of the record could
+// not be written as its column's type (SQLite keeps a text in an INTEGER column, say): such a
+// record cannot be matched, so it is reported on its own side whether or not the other side has it.
+void collectUnmatchable(const std::string& tableLog, const std::string& table, std::vector<std::string>& problems) {
+  static const std::string refusal = "not well-formed for its column's data type";
+  size_t count = 0;
+  for (size_t at = tableLog.find(refusal); at != std::string::npos; at = tableLog.find(refusal, at + 1)) ++count;
+  if (count == 0) return;
+  problems.push_back("the table " + table + ": " + std::to_string(count) +
+                     (count == 1 ? " match query was" : " match queries were") +
+                     " not sent, for a value not well-formed for its column's data type; such a record "
+                     "could not be matched and is listed as only on its side");
+}
+
 }  // namespace
 
 std::string connectionFailureIn(const std::string& errorLogs) {
@@ -203,8 +217,10 @@ Report runCompare(Varsenti& control, const ResolvedSide& original, const Resolve
         readRecords(control, SideName::Modified, table.table, report);
       }
       report.comparedTables.push_back(table.table);
-      appendFailures(report.original.errorLogs, control.getErrorLogs(true));
-      appendFailures(report.modified.errorLogs, control.getErrorLogs(false));
+      const std::string originalLog = control.getErrorLogs(true), modifiedLog = control.getErrorLogs(false);
+      collectUnmatchable(originalLog + modifiedLog, table.table, report.problems);
+      appendFailures(report.original.errorLogs, originalLog);
+      appendFailures(report.modified.errorLogs, modifiedLog);
     }
   }
   collectNotCompared(report.original.errorLogs, options.table, report.problems);

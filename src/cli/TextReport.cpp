@@ -148,7 +148,7 @@ void writeText(std::ostream& out, const Report& report, const TextOptions& optio
   fields += typeDiffs.size();
   out << "\n";
   if (!report.problems.empty())
-    out << "Incomplete, " << report.problems.size() << " not compared: ";
+    out << "Incomplete, " << report.problems.size() << (report.problems.size() == 1 ? " problem: " : " problems: ");
   else
     out << (report.hasDifferences() ? "Differences: " : "No differences: ");
   out << tables << " tables, "

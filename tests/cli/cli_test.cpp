@@ -455,3 +455,20 @@ TEST(Cli, ATableThatCannotBeBracketedIsAProblemOnAServerToo) {
   EXPECT_EQ(r.status, 2) << r.out << r.err;
   EXPECT_NE(r.out.find("Not compared: the table we]ird holds ']'"), std::string::npos) << r.out;
 }
+
+TEST(Cli, ARecordThatCannotBeMatchedBecauseOfATextInANumericColumnIsAProblem) {
+  TempDir dir;
+  const std::string sql =
+      "CREATE TABLE t (id INTEGER PRIMARY KEY, n INTEGER);\n"
+      "CREATE TABLE canary (x INTEGER);\nINSERT INTO canary VALUES (1);\n"
+      "INSERT INTO t VALUES (1, '1 OR 1=1'), (2, '(SELECT count(*) FROM canary)');\n";
+  makeSqlite(dir, "master.sqlite", sql);
+  makeSqlite(dir, "source.sqlite", sql);
+  Outcome r = run(dir, {"compare", "master.sqlite", "source.sqlite"});
+  // The same records on both sides, but no match query could be sent for them: never a plain
+  // answer, whichever it would be.
+  EXPECT_EQ(r.status, 2) << r.out << r.err;
+  EXPECT_NE(r.out.find("Problems\n  the table t: "), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("not well-formed for its column's data type"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("Incomplete, 1 problem: "), std::string::npos) << r.out;
+}
