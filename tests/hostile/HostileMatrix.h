@@ -88,4 +88,19 @@ std::vector<int32_t> recordsWith(Varsenti& control, bool isMaster, const std::st
 std::vector<std::string> differingKeys(Varsenti& control, bool isMaster, const std::string& table,
                                        const std::string& keyField);
 
+// A test over one pair of engines: its two hostile sides, made fresh for each test (skipped when
+// an engine is not available).
+class PairTest : public ::testing::TestWithParam<EnginePair> {
+ protected:
+  void SetUp() override {
+    const bool withAccess = GetParam().master == Kind::Access || GetParam().source == Kind::Access;
+    std::string skip;
+    master_ = HostileSide::make(GetParam().master, true, withAccess, skip);
+    if (master_) source_ = HostileSide::make(GetParam().source, false, withAccess, skip);
+    if (!master_ || !source_) GTEST_SKIP() << skip;
+  }
+
+  std::unique_ptr<HostileSide> master_, source_;
+};
+
 }  // namespace varsentix::testing::hostile

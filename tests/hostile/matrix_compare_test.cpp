@@ -11,14 +11,11 @@ using namespace varsentix::testing::hostile;
 
 namespace {
 
-class HostileCompare : public ::testing::TestWithParam<EnginePair> {
+class HostileCompare : public PairTest {
  protected:
   void SetUp() override {
-    const bool withAccess = GetParam().master == Kind::Access || GetParam().source == Kind::Access;
-    std::string skip;
-    master_ = HostileSide::make(GetParam().master, true, withAccess, skip);
-    if (master_) source_ = HostileSide::make(GetParam().source, false, withAccess, skip);
-    if (!master_ || !source_) GTEST_SKIP() << skip;
+    PairTest::SetUp();
+    if (IsSkipped()) return;
     before_ = {master_->records(), source_->records()};
   }
 
@@ -37,7 +34,6 @@ class HostileCompare : public ::testing::TestWithParam<EnginePair> {
     return std::find(keys.begin(), keys.end(), key) != keys.end();
   }
 
-  std::unique_ptr<HostileSide> master_, source_;
   std::pair<std::map<std::string, std::vector<std::string>>, std::map<std::string, std::vector<std::string>>> before_;
 };
 

@@ -13,18 +13,7 @@ using namespace varsentix::testing::hostile;
 
 namespace {
 
-class HostileRecords : public ::testing::TestWithParam<EnginePair> {
- protected:
-  void SetUp() override {
-    const bool withAccess = GetParam().master == Kind::Access || GetParam().source == Kind::Access;
-    std::string skip;
-    master_ = HostileSide::make(GetParam().master, true, withAccess, skip);
-    if (master_) source_ = HostileSide::make(GetParam().source, false, withAccess, skip);
-    if (!master_ || !source_) GTEST_SKIP() << skip;
-  }
-
-  std::unique_ptr<HostileSide> master_, source_;
-};
+using HostileRecords = PairTest;
 
 // Every record but key as it was.
 void expectOthersAlike(const std::map<std::string, std::vector<std::string>>& before,
