@@ -115,47 +115,46 @@ TEST(RecordGuard, ACopyWhoseWhereClauseSelectsTwoRecordsCopiesNothing) {
   EXPECT_EQ(source->scalar("SELECT group_concat(w || v, ',') FROM t"), "xzzz");
 }
 
+// Row 1 of t updated from another database through a manager, its old values saved to the
+// rollback file; row 2 another row the rollbacks below must leave alone.
+class RollbackGuard : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    from_ = makeTestDatabase(Engine::SQLite);
+    to_ = makeTestDatabase(Engine::SQLite);
+    if (!from_ || !to_) GTEST_SKIP() << "engine not available: SQLite";
+    for (auto* db : {from_.get(), to_.get()}) db->exec("CREATE TABLE t (id INTEGER PRIMARY KEY, v TEXT)");
+    from_->exec("INSERT INTO t VALUES (1, 'after')");
+    to_->exec("INSERT INTO t VALUES (1, 'before'), (2, 'other')");
+    auto source = preparedSide(from_->connectionString(), "t");
+    source->openDataBaseRecordsFromQuery("select * from [t]");
+    target_ = preparedSide(to_->connectionString(), "t");
+    target_->setSQL("Select * from [t] Where id = 1");
+    ASSERT_TRUE(target_->adoUpdateRecord(*source, true, dir_.file("t-ORIGINAL.xml"))) << target_->getReturnSQLMessage();
+  }
+
+  // A rollback through statement is refused with reason, and nothing is written back.
+  void expectRefused(const std::string& statement, const std::string& reason) {
+    ui::MessageBoxRecorder boxes;
+    EXPECT_FALSE(target_->rollback(true, statement));
+    EXPECT_NE(target_->getReturnSQLMessage().find(kSeven + reason), std::string::npos)
+        << target_->getReturnSQLMessage();
+    EXPECT_EQ(to_->scalar("SELECT group_concat(id || v, ',') FROM t"), "1after,2other");
+  }
+
+  TempDir dir_;
+  std::unique_ptr<TestDatabase> from_, to_;
+  vb::Ref<clsDBManager> target_;
+};
+
 // A rollback whose statement selects more than the saved row writes nothing back.
-TEST(RecordGuard, ARollbackWhoseStatementSelectsTwoRowsWritesNothing) {
-  VARSENTIX_TEST_DATABASE(from, Engine::SQLite);
-  VARSENTIX_TEST_DATABASE(to, Engine::SQLite);
-  for (auto* db : {from.get(), to.get()}) db->exec("CREATE TABLE t (id INTEGER PRIMARY KEY, v TEXT)");
-  from->exec("INSERT INTO t VALUES (1, 'after')");
-  to->exec("INSERT INTO t VALUES (1, 'before'), (2, 'other')");
-  TempDir dir;
-  const std::string file = dir.file("t-ORIGINAL.xml");
-  auto source = preparedSide(from->connectionString(), "t");
-  source->openDataBaseRecordsFromQuery("select * from [t]");
-  auto target = preparedSide(to->connectionString(), "t");
-  target->setSQL("Select * from [t] Where id = 1");
-  ASSERT_TRUE(target->adoUpdateRecord(*source, true, file)) << target->getReturnSQLMessage();
-  ui::MessageBoxRecorder boxes;
-  EXPECT_FALSE(target->rollback(true, "Select * from [t] Where id = 1 OR v LIKE 'o%'"));
-  EXPECT_NE(target->getReturnSQLMessage().find(kSeven + " The statement selects more than one row"),
-            std::string::npos)
-      << target->getReturnSQLMessage();
-  EXPECT_EQ(to->scalar("SELECT group_concat(id || v, ',') FROM t"), "1after,2other");
+TEST_F(RollbackGuard, ARollbackWhoseStatementSelectsTwoRowsWritesNothing) {
+  expectRefused("Select * from [t] Where id = 1 OR v LIKE 'o%'", " The statement selects more than one row");
 }
 
 // ... and one whose statement selects a row other than the saved one, too.
-TEST(RecordGuard, ARollbackOfAnotherRowWritesNothing) {
-  VARSENTIX_TEST_DATABASE(from, Engine::SQLite);
-  VARSENTIX_TEST_DATABASE(to, Engine::SQLite);
-  for (auto* db : {from.get(), to.get()}) db->exec("CREATE TABLE t (id INTEGER PRIMARY KEY, v TEXT)");
-  from->exec("INSERT INTO t VALUES (1, 'after')");
-  to->exec("INSERT INTO t VALUES (1, 'before'), (2, 'other')");
-  TempDir dir;
-  const std::string file = dir.file("t-ORIGINAL.xml");
-  auto source = preparedSide(from->connectionString(), "t");
-  source->openDataBaseRecordsFromQuery("select * from [t]");
-  auto target = preparedSide(to->connectionString(), "t");
-  target->setSQL("Select * from [t] Where id = 1");
-  ASSERT_TRUE(target->adoUpdateRecord(*source, true, file)) << target->getReturnSQLMessage();
-  ui::MessageBoxRecorder boxes;
-  EXPECT_FALSE(target->rollback(true, "Select * from [t] Where id = 2"));
-  EXPECT_NE(target->getReturnSQLMessage().find(kSeven + " The row selected is not the row saved"), std::string::npos)
-      << target->getReturnSQLMessage();
-  EXPECT_EQ(to->scalar("SELECT group_concat(id || v, ',') FROM t"), "1after,2other");
+TEST_F(RollbackGuard, ARollbackOfAnotherRowWritesNothing) {
+  expectRefused("Select * from [t] Where id = 2", " The row selected is not the row saved");
 }
 
 // The where clause rebuilt from difference rows wrote field names bare: a column whose name
