@@ -26,6 +26,15 @@ inline vb::Ref<clsDBManager> preparedSide(const std::string& connectionString, c
   return side;
 }
 
+// The record number of the first value row of a side whose field holds value (0 when none).
+inline int32_t recordWith(Varsenti& control, bool isMaster, const std::string& field, const std::string& value) {
+  for (int32_t i = 1; i <= control.getResultCount(isMaster); ++i)
+    if (control.getResultIsDataValue(i, isMaster) && control.getResultFieldName(i, isMaster) == field &&
+        control.getResultFieldValue(i, isMaster) == value)
+      return control.getResultSet(i, isMaster)->getRecordNumber();
+  return 0;
+}
+
 inline vb::Ref<clsResultSet> row(const std::string& table, const std::string& field, const std::string& value,
                                  int32_t recordNumber, const std::string& changeType = "5",
                                  const std::string& primaryKey = "") {

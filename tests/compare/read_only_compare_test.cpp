@@ -64,14 +64,6 @@ std::string state(TestDatabase& db) {
          ", canary " + db.scalar("SELECT COUNT(*) FROM canary") + "/" + db.scalar("SELECT note FROM canary WHERE n = 1");
 }
 
-int32_t recordWith(Varsenti& control, bool isMaster, const std::string& field, const std::string& value) {
-  for (int32_t i = 1; i <= control.getResultCount(isMaster); ++i)
-    if (control.getResultIsDataValue(i, isMaster) && control.getResultFieldName(i, isMaster) == field &&
-        control.getResultFieldValue(i, isMaster) == value)
-      return control.getResultSet(i, isMaster)->getRecordNumber();
-  return 0;
-}
-
 }  // namespace
 
 TEST_P(ReadOnlyCompare, AWriteThroughTheComparesConnectionIsRefusedByTheEngine) {

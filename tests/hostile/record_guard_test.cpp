@@ -8,14 +8,6 @@ using namespace varsentix::testing;
 
 namespace {
 
-int32_t recordWith(Varsenti& control, bool isMaster, const std::string& field, const std::string& value) {
-  for (int32_t i = 1; i <= control.getResultCount(isMaster); ++i)
-    if (control.getResultIsDataValue(i, isMaster) && control.getResultFieldName(i, isMaster) == field &&
-        control.getResultFieldValue(i, isMaster) == value)
-      return control.getResultSet(i, isMaster)->getRecordNumber();
-  return 0;
-}
-
 const std::string kSeven = " #7 Error when attempting to add a new record in table t ||";
 
 }  // namespace

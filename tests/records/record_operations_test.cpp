@@ -15,15 +15,6 @@ namespace {
 
 class RecordOperations : public ::testing::TestWithParam<Engine> {};
 
-// The record number of the value rows of `side` whose field `field` holds `value`.
-int32_t recordWith(Varsenti& control, bool isMaster, const std::string& field, const std::string& value) {
-  for (int32_t i = 1; i <= control.getResultCount(isMaster); ++i)
-    if (control.getResultIsDataValue(i, isMaster) && control.getResultFieldName(i, isMaster) == field &&
-        control.getResultFieldValue(i, isMaster) == value)
-      return control.getResultSet(i, isMaster)->getRecordNumber();
-  return 0;
-}
-
 std::string rows(TestDatabase& db) {
   std::string out;
   for (const char* id : {"1", "2", "3"}) {
